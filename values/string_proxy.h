@@ -1,0 +1,47 @@
+#pragma once
+
+// How a string crosses the library's boundary: one pointer to an owned standard string, so that the
+// shape of the string class shows in no signature.
+
+#include <memory>
+#include <string>
+
+#include "values/export.h"
+
+namespace Quillmark {
+
+/// An owned narrow string.
+class QUILLMARK_API CStringProxy {
+  public:
+    /// Null makes the empty string.
+    CStringProxy(const char* text);
+    CStringProxy(const CStringProxy& other);
+    CStringProxy& operator=(const CStringProxy& other);
+    ~CStringProxy();
+
+    /// The string's own buffer, never null. Lent: valid until assignment or the end of this object.
+    const char* c_str() const;
+
+  private:
+    std::unique_ptr<std::string> text_;
+};
+
+/// An owned wide string.
+class QUILLMARK_API CWStringProxy {
+  public:
+    /// Null makes the empty string.
+    CWStringProxy(const wchar_t* text);
+    CWStringProxy(const CWStringProxy& other);
+    CWStringProxy& operator=(const CWStringProxy& other);
+    ~CWStringProxy();
+
+    /// The string's own buffer, never null. Lent: valid until assignment or the end of this object.
+    const wchar_t* c_str() const;
+
+  private:
+    std::unique_ptr<std::wstring> text_;
+};
+
+static_assert(sizeof(CStringProxy) == 8 && sizeof(CWStringProxy) == 8, "a proxy is one pointer");
+
+}  // namespace Quillmark
