@@ -1,0 +1,148 @@
+// The functions of the interface on provider handles: opening, sharing and releasing key containers.
+
+#include <openssl/provider.h>
+
+#include "platform/detail/border.h"
+#include "platform/detail/key_container.h"
+#include "platform/key_container.h"
+
+namespace Quillmark::platform {
+
+namespace {
+
+constexpr DWORD kKnownFlags = CRYPT_VERIFYCONTEXT | CRYPT_SILENT | CRYPT_MACHINE_KEYSET;
+
+int no_password(char*, int) {
+    return -1;
+}
+
+// Keys of a module are found by the stores once it is loaded; the default provider stays in use beside it.
+void load_module(const char* name) {
+    const ErrorQueueMark mark;
+    if (OSSL_PROVIDER_try_load(nullptr, name, 1) == nullptr) {
+        throw Failure{NTE_PROVIDER_DLL_FAIL};
+    }
+}
+
+std::shared_ptr<KeyContainer> open_container(const char* container, const char* module, DWORD flags,
+                                             PasswordSource password) {
+    const bool is_without_keys = (flags & CRYPT_VERIFYCONTEXT) != 0;
+    if ((flags & ~kKnownFlags) != 0 || (is_without_keys && container != nullptr)) {
+        throw Failure{NTE_BAD_FLAGS};
+    }
+    if (module != nullptr) {
+        load_module(module);
+    }
+    if (is_without_keys) {
+        return std::make_shared<KeyContainer>();
+    }
+    if (container == nullptr) {
+        throw Failure{NTE_BAD_KEYSET};
+    }
+    return std::make_shared<KeyContainer>(container, std::move(password));
+}
+
+template <typename Open>
+BOOL answer_handle(HCRYPTPROV* handle, Open&& open) noexcept {
+    return answer([&] {
+        if (handle == nullptr) {
+            return E_INVALIDARG;
+        }
+        *handle = key_containers.add(open());
+        return ERROR_SUCCESS;
+    });
+}
+
+// UTF-8 of `text`, the form of file names; nothing for null.
+std::optional<std::string> narrow(const wchar_t* text) {
+    if (text == nullptr) {
+        return std::nullopt;
+    }
+    const int size =
+        WideCharToMultiByte(CP_UTF8, WC_ERR_INVALID_CHARS, text, -1, nullptr, 0, nullptr, nullptr);
+    if (size == 0) {
+        throw Failure{E_INVALIDARG};
+    }
+    std::string narrow_text(static_cast<std::size_t>(size), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, text, -1, narrow_text.data(), size, nullptr, nullptr);
+    narrow_text.pop_back();
+    return narrow_text;
+}
+
+const char* text_or_null(const std::optional<std::string>& text) {
+    return text ? text->c_str() : nullptr;
+}
+
+}  // namespace
+
+}  // namespace Quillmark::platform
+
+using namespace Quillmark::platform;
+
+BOOL CryptAcquireContextA(HCRYPTPROV* phProv, LPCSTR szContainer, LPCSTR szProvider, DWORD, DWORD dwFlags) {
+    return answer_handle(phProv,
+                         [&] { return open_container(szContainer, szProvider, dwFlags, no_password); });
+}
+
+BOOL CryptAcquireContextW(HCRYPTPROV* phProv, LPCWSTR szContainer, LPCWSTR szProvider, DWORD, DWORD dwFlags) {
+    return answer_handle(phProv, [&] {
+        return open_container(text_or_null(narrow(szContainer)), text_or_null(narrow(szProvider)), dwFlags,
+                              no_password);
+    });
+}
+
+BOOL KeyContainerOpen(HCRYPTPROV* phProv, LPCSTR container, LPCSTR module, DWORD flags,
+                      KEY_CONTAINER_PASSWORD password, void* arg) {
+    return answer_handle(phProv, [&] {
+        if (password == nullptr || container == nullptr) {
+            return open_container(container, module, flags, no_password);
+        }
+        return open_container(container, module, flags,
+                              [password, arg, name = std::string(container)](char* buffer, int size) {
+                                  return password(buffer, size, name.c_str(), arg);
+                              });
+    });
+}
+
+BOOL KeyContainerFromKey(HCRYPTPROV* phProv, struct evp_pkey_st* key) {
+    return answer_handle(phProv, [&] {
+        if (key == nullptr) {
+            throw Failure{E_INVALIDARG};
+        }
+        const ErrorQueueMark mark;
+        return std::make_shared<KeyContainer>(std::make_shared<PrivateKey>(share(key)));
+    });
+}
+
+BOOL CryptContextAddRef(HCRYPTPROV hProv, DWORD* pdwReserved, DWORD dwFlags) {
+    return answer([&] {
+        if (pdwReserved != nullptr || dwFlags != 0) {
+            return ERROR_INVALID_PARAMETER;
+        }
+        return key_containers.add_reference(hProv);
+    });
+}
+
+BOOL CryptReleaseContext(HCRYPTPROV hProv, DWORD dwFlags) {
+    return answer([&] {
+        const ErrorCode code = key_containers.release(hProv);
+        return code == ERROR_SUCCESS && dwFlags != 0 ? NTE_BAD_FLAGS : code;
+    });
+}
+
+BOOL CryptSetProvParam(HCRYPTPROV hProv, DWORD dwParam, const BYTE* pbData, DWORD dwFlags) {
+    return answer([&] {
+        const auto container = key_containers.pin(hProv);
+        if (!container) {
+            return ERROR_INVALID_HANDLE;
+        }
+        if (dwFlags != 0) {
+            return NTE_BAD_FLAGS;
+        }
+        if ((dwParam != PP_SIGNATURE_PIN && dwParam != PP_KEYEXCHANGE_PIN) || pbData == nullptr) {
+            return E_INVALIDARG;
+        }
+        container->set_password(reinterpret_cast<const char*>(pbData));
+        return ERROR_SUCCESS;
+    });
+}
