@@ -1,0 +1,96 @@
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <cstdlib>
+#include <cstring>
+
+#include "asn1/codec.h"
+#include "asn1/detail/check.h"
+
+namespace Quillmark::ASN1 {
+namespace {
+
+// An arc of 32 bits has at most ten digits; a full stop or the terminator follows each.
+constexpr std::size_t kMaxText = ASN1_K_MAXSUBIDS * 11 + 1;
+
+const char* skip_blanks(const char* text) {
+    while (std::isspace(static_cast<unsigned char>(*text)) != 0) {
+        ++text;
+    }
+    return text;
+}
+
+/// Writes the dotted text and its terminator to an array of `kMaxText`; returns their length.
+std::size_t write_text(const ASN1OBJID& oid, char* text) {
+    const std::uint32_t count = std::min(oid.numids, ASN1_K_MAXSUBIDS);
+    char* end = text;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        if (i != 0) {
+            *end++ = '.';
+        }
+        end = std::to_chars(end, text + kMaxText, oid.subid[i]).ptr;
+    }
+    *end++ = '\0';
+    return static_cast<std::size_t>(end - text);
+}
+
+}  // namespace
+
+int str2oid(const char* text, ASN1OBJID* oid) {
+    oid->numids = 0;
+    if (text == nullptr) {
+        return 1;
+    }
+    for (;;) {
+        char* number_end = nullptr;
+        // Intended: strtoul lets blanks and a sign stand in front, and the value is cut to 32 bits.
+        const auto arc = static_cast<std::uint32_t>(std::strtoul(text, &number_end, 10));
+        if (number_end == text || oid->numids == ASN1_K_MAXSUBIDS) {
+            return 1;
+        }
+        text = skip_blanks(number_end);
+        const bool last = *text == '\0';
+        // Intended: what strtoul makes of an overlong number is refused in the last arc alone.
+        if (last ? arc == 0xFFFFFFFFu : *text != '.') {
+            return 1;
+        }
+        oid->subid[oid->numids++] = arc;
+        if (last) {
+            return 0;
+        }
+        ++text;
+    }
+}
+
+int oid2str(CBlob& text, const ASN1OBJID* oid) {
+    char buffer[kMaxText];
+    const std::size_t length = write_text(*oid, buffer);
+    text.assign(reinterpret_cast<const unsigned char*>(buffer), length);
+    return 1;
+}
+
+ASN1OBJID toASN1OBJID(const char* text) {
+    ASN1OBJID oid;
+    detail::check_argument(str2oid(text, &oid) == 0);
+    return oid;
+}
+
+CStringProxy toOID(const ASN1OBJID& oid) {
+    char buffer[kMaxText];
+    write_text(oid, buffer);
+    return CStringProxy(buffer);
+}
+
+void ASN1TObjId_traits::set(ASN1CTXT*, ASN1OBJID& record, const char* value) {
+    detail::check_argument(str2oid(value, &record) == 0);
+}
+
+void ASN1TObjId_traits::get(const ASN1OBJID& record, CStringProxy& value) {
+    value = toOID(record);
+}
+
+void ASN1TObjId_traits::copy(ASN1CTXT*, const ASN1OBJID& source, ASN1OBJID& target) {
+    rtSetOID(&target, &source);
+}
+
+}  // namespace Quillmark::ASN1
