@@ -1,0 +1,56 @@
+#include "tsp/detail/message.h"
+
+#include "asn1/codec.h"
+#include "tsp/detail/record.h"
+#include "values/detail/last_error.h"
+#include "values/result.h"
+
+namespace Quillmark::detail {
+
+CBlob MessageReader::read(DWORD parameter, DWORD index) {
+    check_call(CryptMsgGetParam(message_, parameter, index, nullptr, &size_));
+    CBlob value(size_);
+    check_call(CryptMsgGetParam(message_, parameter, index, value.pbData(), &size_));
+    value.resize_to(size_);
+    return value;
+}
+
+CBlob MessageReader::read_attributes(DWORD parameter) {
+    if (!CryptMsgGetParam(message_, parameter, 0, nullptr, &size_) &&
+        last_error_result() != CRYPT_E_ATTRIBUTES_MISSING) {
+        throw_last_error();
+    }
+    CBlob block(size_);
+    if (size_ != 0) {
+        check_call(CryptMsgGetParam(message_, parameter, 0, block.pbData(), &size_));
+    }
+    block.resize_to(size_);
+    return block;
+}
+
+DWORD MessageReader::read_count(DWORD parameter) {
+    DWORD count = 0;
+    size_ = sizeof count;
+    check_call(CryptMsgGetParam(message_, parameter, 0, &count, &size_));
+    return count;
+}
+
+void MessageReader::read_signer(ASN1::CSignerInfo& signer) {
+    ASN1::asn1Decode<ASN1::ASN1T_SignerInfo_traits>(read(CMSG_ENCODED_SIGNER), signer);
+}
+
+PCCERT_CONTEXT open_certificate(const CBlob& certificate) {
+    PCCERT_CONTEXT context = CertCreateCertificateContext(kEncodingTypes, certificate.pbData(),
+                                                          static_cast<DWORD>(checked_length(certificate)));
+    if (context == nullptr) {
+        throw_null_handle();
+    }
+    return context;
+}
+
+void throw_null_handle() {
+    const HRESULT result = last_error_result();
+    throw CAtlException(result == S_OK ? static_cast<HRESULT>(E_FAIL) : result);
+}
+
+}  // namespace Quillmark::detail
