@@ -1,0 +1,34 @@
+#pragma once
+
+// What a certificate says of itself, read by the platform service.
+
+#include <string>
+
+#include "asn1/big_integer.h"
+#include "platform/cryptoapi.h"
+#include "values/blob.h"
+
+namespace example {
+
+class Certificate {
+  public:
+    explicit Certificate(const Quillmark::CBlob& der);
+    ~Certificate();
+    Certificate(const Certificate&) = delete;
+    Certificate& operator=(const Certificate&) = delete;
+
+    /// The DER of the Names.
+    Quillmark::CBlob subject() const;
+    Quillmark::CBlob issuer() const;
+    Quillmark::ASN1::CBigInteger serial_number() const;
+
+  private:
+    PCCERT_CONTEXT context_;
+};
+
+/// The text of a Name in DER, as "CN=...,O=...".
+std::string name_text(const Quillmark::CBlob& name);
+
+std::string to_utf8(const wchar_t* text);
+
+}  // namespace example

@@ -1,0 +1,17 @@
+#pragma once
+
+// Positive numbers beyond the machine's.
+
+#include <vector>
+
+#include "asn1/big_integer.h"
+
+namespace example {
+
+/// The number whose octets are given, most significant first.
+Quillmark::ASN1::CBigInteger positive_number(const std::vector<unsigned char>& octets);
+
+/// A number of `octets` octets from libcrypto's generator.
+Quillmark::ASN1::CBigInteger random_number(unsigned int octets);
+
+}  // namespace example
