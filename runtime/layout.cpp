@@ -2,9 +2,12 @@
 
 #include <cstddef>
 
+#include "runtime/big_integer.h"
 #include "runtime/context.h"
 #include "runtime/list.h"
+#include "runtime/memory_buffer.h"
 #include "runtime/object_id.h"
+#include "runtime/time_string.h"
 #include "runtime/value_types.h"
 
 static_assert(sizeof(rtMemHeap) == 32);
@@ -44,3 +47,10 @@ static_assert(sizeof(ASN1_16BITCHARSTRING) == 16 && offsetof(ASN1_16BITCHARSTRIN
 static_assert(sizeof(ASN1_32BITCHARSTRING) == 16 && offsetof(ASN1_32BITCHARSTRING, data) == 8);
 static_assert(sizeof(ASN1OpenType) == 16 && sizeof(ASN1TOpenType) == 16);
 static_assert(sizeof(Asn1Object) == 24 && sizeof(Asn1TObject) == 24);
+
+static_assert(sizeof(ASN1BigInt) == 32 && offsetof(ASN1BigInt, mag) == 8);
+static_assert(offsetof(ASN1BigInt, sign) == 16 && offsetof(ASN1BigInt, dynamic) == 24);
+static_assert(sizeof(ASN1MemBuf) == 48 && offsetof(ASN1MemBuf, segSize) == 8);
+static_assert(offsetof(ASN1MemBuf, bitOffset) == 24 && offsetof(ASN1MemBuf, buffer) == 32);
+static_assert(sizeof(ASN1TimeRecord) == 38);
+static_assert(offsetof(ASN1TimeRecord, fraction) == 16 && offsetof(ASN1TimeRecord, utc) == 37);

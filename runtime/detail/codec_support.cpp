@@ -141,10 +141,10 @@ bool SequenceDecoder::tagged(uint32_t number) {
     return taken(xd_Tag1AndLen(ctxt_, &length_));
 }
 
-bool SequenceDecoder::tag_is_next(ASN1TAG tag) const {
-    ASN1TAG found = 0;
+ASN1TAG SequenceDecoder::next_tag() const {
+    ASN1TAG tag = 0;
     int length = 0;
-    return xd_tag_len(ctxt_, &found, &length, 0) == RT_OK && found == tag;
+    return xd_tag_len(ctxt_, &tag, &length, 0) == RT_OK ? tag : 0;
 }
 
 bool SequenceDecoder::required(int status) {
@@ -189,6 +189,7 @@ SetDecoder::SetDecoder(ASN1CTXT* ctxt, ASN1TagType tagging, int length)
 }
 
 bool SetDecoder::next(ASN1TAG& tag) {
+    element_start_ = ctxt_->buffer.byteIndex;
     return !failed() && !contents_end(ctxt_, start_, contents_length_) &&
            taken(xd_tag_len(ctxt_, &tag, &length_, XM_ADVANCE));
 }
@@ -209,7 +210,8 @@ int SetDecoder::finish(uint32_t required) {
     return status();
 }
 
-ChoiceDecoder::ChoiceDecoder(ASN1CTXT* ctxt) : ElementDecoder(ctxt), element_start_(ctxt->buffer.byteIndex) {
+ChoiceDecoder::ChoiceDecoder(ASN1CTXT* ctxt) : ElementDecoder(ctxt) {
+    element_start_ = ctxt->buffer.byteIndex;
     if (!taken(xd_tag_len(ctxt, &tag_, &length_, XM_ADVANCE))) {
         tag_ = 0;  // no alternative has it
     }

@@ -129,6 +129,8 @@ class ElementDecoder {
     /// Takes the end-of-contents octets of the element whose header was read last, if its length was
     /// indefinite (X.690 8.1.5).
     bool close() { return length_ != RT_INDEFLEN || take_end(); }
+    /// Goes back in front of the header read last, for a type that reads it itself.
+    void rewind() { ctxt_->buffer.byteIndex = element_start_; }
     /// Makes the record of an alternative.
     template <typename Record>
     bool allocate(Record*& record);
@@ -147,6 +149,7 @@ class ElementDecoder {
     ASN1CTXT* ctxt_;
     int status_ = RT_OK;
     int length_ = 0;
+    uint32_t element_start_ = 0;
 };
 
 /// Reads the contents of a SEQUENCE, or of a list. The end of its contents ends it, whatever element is due;
@@ -164,7 +167,10 @@ class SequenceDecoder : public ElementDecoder {
     bool tagged(uint32_t number);
     /// Whether the next element has one of the tags; moves nothing.
     template <typename... Tags>
-    bool next_is(Tags... tags) const;
+    bool next_is(Tags... tags) const {
+        const ASN1TAG next = next_tag();
+        return ((next == tags) || ...);
+    }
     /// Takes the outcome of an element that must be there.
     bool required(int status);
     /// Takes the outcome of trying an element that may be absent: with another tag there, the position comes
@@ -180,11 +186,10 @@ class SequenceDecoder : public ElementDecoder {
     int contents_length() const { return contents_length_; }
 
   private:
-    bool tag_is_next(ASN1TAG tag) const;
+    ASN1TAG next_tag() const;  // 0 when there is none to read
 
     uint32_t start_ = 0;  // of the contents
     int contents_length_;
-    uint32_t element_start_ = 0;  // of the element that `more` announced
     uint32_t required_taken_ = 0;
     bool read_header_;
 };
@@ -213,14 +218,11 @@ class ChoiceDecoder : public ElementDecoder {
     explicit ChoiceDecoder(ASN1CTXT* ctxt);
 
     ASN1TAG tag() const { return tag_; }
-    /// Goes back in front of the header, for an alternative that is a CHOICE itself.
-    void rewind() { ctxt_->buffer.byteIndex = element_start_; }
     /// The outcome for a tag that no alternative has: `RT_E_INVOPT`, unless the header could not be read.
     int unknown();
 
   private:
     ASN1TAG tag_ = 0;
-    uint32_t element_start_;
 };
 
 /// `xd_charstr` and `xd_bigint` write the pointer of a text that nobody writes through.
@@ -271,11 +273,6 @@ template <typename Record>
 bool ElementDecoder::allocate(Record*& record) {
     record = make_record<Record>(ctxt_);
     return record != nullptr || fail(RT_E_NOMEM);
-}
-
-template <typename... Tags>
-bool SequenceDecoder::next_is(Tags... tags) const {
-    return (tag_is_next(tags) || ...);
 }
 
 /// Frees a block of the heap unless it lies in the message, as `RT_F_FASTCOPY` has it.
@@ -617,6 +614,40 @@ class BufferSnapshot {
     ASN1BUFFER buffer_;
     uint16_t flags_;
 };
+
+/// Writes a value: by `object`, the one found for its identifier, or as its octets stand when there is none
+/// or it carries no type.
+template <typename Object>
+int encode_open(ASN1CTXT* ctxt, const Object* object, int (Object::*encode)(ASN1CTXT*, Asn1TObject&) const,
+                Asn1TObject& value) {
+    const int written = object == nullptr ? 0 : (object->*encode)(ctxt, value);
+    return written != 0 ? written : xe_OpenType(ctxt, value.data, value.numocts);
+}
+
+/// The same for a value in an OCTET STRING. Without a carried record the string stands as it is.
+template <typename Object>
+int encode_wrapped(ASN1CTXT* ctxt, const Object* object, int (Object::*encode)(ASN1CTXT*, Asn1TObject&) const,
+                   const ASN1TDynOctStr& wrapper, Asn1TObject& value, ASN1TagType tagging) {
+    const int written = object == nullptr || value.decoded == nullptr ? 0 : (object->*encode)(ctxt, value);
+    if (written == 0) {
+        return xe_octstr(ctxt, wrapper.data, wrapper.numocts, tagging);
+    }
+    return tagging == ASN1EXPL ? xe_tag_len(ctxt, universal(4), written) : written;
+}
+
+/// The same for the values of a SET OF.
+template <typename Object>
+int encode_open_set(ASN1CTXT* ctxt, const Object* object,
+                    int (Object::*encode)(ASN1CTXT*, Asn1TObject&) const, const ASN1TSeqOfList& list,
+                    ASN1TagType tagging) {
+    SetOfEncoder out(ctxt);
+    for (const _Asn1RTDListNode* node = list.tail; node != nullptr && out.good(); node = node->prev) {
+        if (out.given(node->data)) {
+            out.add(encode_open(ctxt, object, encode, *element_of<Asn1TObject>(node)));
+        }
+    }
+    return out.finish(kSet, tagging);
+}
 
 /// Starts a buffer for a carried value. Returns 0 or a recorded failure.
 int begin_carried(ASN1CTXT* ctxt);

@@ -1,7 +1,7 @@
 #pragma once
 
-// A codec context for one test, and the two things that tests do with it: look at what was encoded, and decode
-// octets of which not one more may be read.
+// A codec context for one test, and the two things that tests do with it: look at what was encoded, and
+// decode octets of which not one more may be read.
 
 #include <cstdint>
 #include <string>
@@ -33,9 +33,7 @@ class CodecContext {
     }
 
     /// What has been encoded so far.
-    std::string written() {
-        return to_hex(xe_getp(&ctxt_), ctxt_.buffer.size - 1 - ctxt_.buffer.byteIndex);
-    }
+    std::string written() { return to_hex(xe_getp(&ctxt_), ctxt_.buffer.size - 1 - ctxt_.buffer.byteIndex); }
 
     /// Bounds the buffer by the octets of `hex` and by nothing else: no header is read. They lie in a block
     /// of their exact size, so that a sanitizer sees the first octet that is read too many.

@@ -63,8 +63,8 @@ TEST(XeObjid, RefusesWhatHasNoEncoding) {
     CodecContext ctxt;
     ctxt.encode();
     const ASN1OBJID wrong[] = {
-        oid_of({}),          oid_of({1}),          oid_of({3, 1}),
-        oid_of({0, 40}),     oid_of({1, 40}),      oid_of({2, 4294967216u}),  // 80 + arc has 33 bits
+        oid_of({}),      oid_of({1}),     oid_of({3, 1}),
+        oid_of({0, 40}), oid_of({1, 40}), oid_of({2, 4294967216u}),  // 80 + arc has 33 bits
     };
     for (const ASN1OBJID& oid : wrong) {
         EXPECT_EQ(xe_objid(ctxt, &oid, ASN1EXPL), RT_E_INVOBJID);

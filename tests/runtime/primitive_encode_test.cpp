@@ -88,8 +88,7 @@ class XeUint16 : public testing::TestWithParam<IntegerCase> {};
 TEST_P(XeUint16, WritesTheShortestForm) {
     const auto value = static_cast<uint16_t>(GetParam().value);
     CodecContext ctxt;
-    EXPECT_EQ(xe_uint16(ctxt.encode(), &value, ASN1EXPL),
-              static_cast<int>(from_hex(GetParam().der).size()));
+    EXPECT_EQ(xe_uint16(ctxt.encode(), &value, ASN1EXPL), static_cast<int>(from_hex(GetParam().der).size()));
     EXPECT_EQ(ctxt.written(), GetParam().der);
 }
 

@@ -35,9 +35,7 @@ constexpr StringCase kOctetStrings[] = {
     {.name = "IndefiniteWithoutSegments", .ber = "24 80 00 00", .octets = "", .position = 4},
     {.name = "OctetsBehind", .ber = "24 80 04 01 01 00 00 ff", .octets = "01", .position = 7},
     // Intended: segments of the indefinite form are primitive.
-    {.name = "IndefiniteWithConstructedSegment",
-     .ber = "24 80 24 03 04 01 01 00 00",
-     .status = RT_E_BADTAG},
+    {.name = "IndefiniteWithConstructedSegment", .ber = "24 80 24 03 04 01 01 00 00", .status = RT_E_BADTAG},
     {.name = "IndefiniteInIndefinite", .ber = "24 80 24 80 04 01 01 00 00 00 00", .status = RT_E_BADTAG},
     {.name = "IndefiniteWithOtherSegment", .ber = "24 80 02 01 01 00 00", .status = RT_E_BADTAG},
     {.name = "DefiniteWithOtherSegment", .ber = "24 03 02 01 01", .status = RT_E_IDNOTFOUND},
@@ -201,7 +199,7 @@ TEST(XdOctstrNesting, EndsAt64Levels) {
     CodecContext ctxt;
     EXPECT_EQ(xd_octstr(ctxt.read(nested(0x24, 65, primitive)), &data, &count, ASN1EXPL, 0), RT_E_NOTSUPP);
     EXPECT_EQ(ctxt->nestingDepth, 0u);
-    EXPECT_EQ(xd_octstr(ctxt.read(nested(0x24, 20'000, primitive)), &data, &count, ASN1EXPL, 0), RT_E_NOTSUPP);
+    EXPECT_EQ(xd_octstr(ctxt.read(nested(0x24, 2'000, primitive)), &data, &count, ASN1EXPL, 0), RT_E_NOTSUPP);
 }
 
 struct TextCase {

@@ -399,8 +399,8 @@ struct Fields {
 
 std::string text_of(const Fields& f) {
     char text[64];
-    std::snprintf(text, sizeof text, "%d-%d-%d %d:%d:%d.%d", f.year, f.month, f.day, f.hour, f.minute, f.second,
-                  f.fraction);
+    std::snprintf(text, sizeof text, "%d-%d-%d %d:%d:%d.%d", f.year, f.month, f.day, f.hour, f.minute,
+                  f.second, f.fraction);
     return text;
 }
 

@@ -19,8 +19,10 @@ struct State {
     std::map<std::string, Refusal> refusals;
     std::map<DWORD, MessageService::Query> queries;
     std::vector<std::string> calls;
+    MessageService::Watch watch = MessageService::kEverything;
     int messages = 0;
     int certificates = 0;
+    int failed_updates = 0;
 };
 
 MessageService* current = nullptr;
@@ -36,12 +38,13 @@ Function* real(const char* name) {
     return reinterpret_cast<Function*>(address);
 }
 
-/// Notes the call. True when it is to fail; the last error is then set.
-bool refused(const char* function) {
-    if (current == nullptr) {
-        return false;
-    }
-    const auto refusal = state.refusals.find(function);
+bool watching() {
+    return current != nullptr && state.watch == MessageService::kEverything;
+}
+
+/// Whether the call is to fail; the last error is then set.
+bool refused(const std::string& call) {
+    const auto refusal = state.refusals.find(call);
     if (refusal == state.refusals.end() || refusal->second.skip-- > 0) {
         return false;
     }
@@ -50,10 +53,13 @@ bool refused(const char* function) {
     return true;
 }
 
-void note(std::string call) {
-    if (current != nullptr) {
-        state.calls.push_back(std::move(call));
+/// Notes the call. False when it is to fail.
+bool goes_through(const char* function) {
+    if (!watching()) {
+        return true;
     }
+    state.calls.push_back(function);
+    return !refused(function);
 }
 
 HCRYPTMSG count_message(HCRYPTMSG message) {
@@ -63,11 +69,12 @@ HCRYPTMSG count_message(HCRYPTMSG message) {
 
 }  // namespace
 
-MessageService::MessageService() {
+MessageService::MessageService(Watch watch) {
     if (current != nullptr) {
         throw std::logic_error("a message service is in force already");
     }
     state = State{};
+    state.watch = watch;
     current = this;
 }
 
@@ -109,6 +116,10 @@ int MessageService::open_certificates() const {
     return state.certificates;
 }
 
+int MessageService::failed_updates() const {
+    return state.failed_updates;
+}
+
 }  // namespace Quillmark::test
 
 using namespace Quillmark::test;
@@ -117,11 +128,11 @@ extern "C" {
 
 HCRYPTMSG CryptMsgOpenToEncode(DWORD encoding, DWORD flags, DWORD type, const void* info, LPSTR inner_type,
                                PCMSG_STREAM_INFO stream) {
-    note("CryptMsgOpenToEncode");
-    if (current != nullptr && current->on_open_to_encode) {
+    const bool through = goes_through("CryptMsgOpenToEncode");
+    if (watching() && current->on_open_to_encode) {
         current->on_open_to_encode(flags, *static_cast<const CMSG_SIGNED_ENCODE_INFO*>(info), inner_type);
     }
-    if (refused("CryptMsgOpenToEncode")) {
+    if (!through) {
         return nullptr;
     }
     return count_message(real<decltype(CryptMsgOpenToEncode)>("CryptMsgOpenToEncode")(
@@ -130,8 +141,7 @@ HCRYPTMSG CryptMsgOpenToEncode(DWORD encoding, DWORD flags, DWORD type, const vo
 
 HCRYPTMSG CryptMsgOpenToDecode(DWORD encoding, DWORD flags, DWORD type, HCRYPTPROV provider,
                                PCERT_INFO recipient, PCMSG_STREAM_INFO stream) {
-    note("CryptMsgOpenToDecode");
-    if (refused("CryptMsgOpenToDecode")) {
+    if (!goes_through("CryptMsgOpenToDecode")) {
         return nullptr;
     }
     return count_message(real<decltype(CryptMsgOpenToDecode)>("CryptMsgOpenToDecode")(
@@ -139,51 +149,49 @@ HCRYPTMSG CryptMsgOpenToDecode(DWORD encoding, DWORD flags, DWORD type, HCRYPTPR
 }
 
 BOOL CryptMsgUpdate(HCRYPTMSG message, const BYTE* data, DWORD size, BOOL final) {
-    note("CryptMsgUpdate");
-    if (refused("CryptMsgUpdate")) {
-        return 0;
-    }
-    return real<decltype(CryptMsgUpdate)>("CryptMsgUpdate")(message, data, size, final);
+    const BOOL updated = goes_through("CryptMsgUpdate") &&
+                         real<decltype(CryptMsgUpdate)>("CryptMsgUpdate")(message, data, size, final);
+    state.failed_updates += updated == 0;
+    return updated;
 }
 
 BOOL CryptMsgGetParam(HCRYPTMSG message, DWORD parameter, DWORD index, void* data, DWORD* size) {
-    const std::string call = "CryptMsgGetParam " + std::to_string(parameter);
-    note(call);
-    if (refused(call.c_str())) {
-        return 0;
-    }
-    if (current != nullptr && state.queries.contains(parameter)) {
-        return state.queries[parameter](index, data, size);
+    if (watching()) {
+        const std::string call = "CryptMsgGetParam " + std::to_string(parameter);
+        if (!goes_through(call.c_str())) {
+            return 0;
+        }
+        const auto query = state.queries.find(parameter);
+        if (query != state.queries.end()) {
+            return query->second(index, data, size);
+        }
     }
     return real<decltype(CryptMsgGetParam)>("CryptMsgGetParam")(message, parameter, index, data, size);
 }
 
 BOOL CryptMsgControl(HCRYPTMSG message, DWORD flags, DWORD type, const void* parameter) {
-    note("CryptMsgControl");
-    if (refused("CryptMsgControl")) {
+    if (!goes_through("CryptMsgControl")) {
         return 0;
     }
     return real<decltype(CryptMsgControl)>("CryptMsgControl")(message, flags, type, parameter);
 }
 
 HCRYPTMSG CryptMsgDuplicate(HCRYPTMSG message) {
-    note("CryptMsgDuplicate");
-    if (refused("CryptMsgDuplicate")) {
+    if (!goes_through("CryptMsgDuplicate")) {
         return nullptr;
     }
     return count_message(real<decltype(CryptMsgDuplicate)>("CryptMsgDuplicate")(message));
 }
 
 BOOL CryptMsgClose(HCRYPTMSG message) {
-    note("CryptMsgClose");
+    goes_through("CryptMsgClose");
     const BOOL closed = real<decltype(CryptMsgClose)>("CryptMsgClose")(message);
     state.messages -= closed != 0 && message != nullptr;
     return closed;
 }
 
 PCCERT_CONTEXT CertCreateCertificateContext(DWORD encoding, const BYTE* data, DWORD size) {
-    note("CertCreateCertificateContext");
-    if (refused("CertCreateCertificateContext")) {
+    if (!goes_through("CertCreateCertificateContext")) {
         return nullptr;
     }
     PCCERT_CONTEXT context =
@@ -193,7 +201,7 @@ PCCERT_CONTEXT CertCreateCertificateContext(DWORD encoding, const BYTE* data, DW
 }
 
 BOOL CertFreeCertificateContext(PCCERT_CONTEXT context) {
-    note("CertFreeCertificateContext");
+    goes_through("CertFreeCertificateContext");
     state.certificates -= context != nullptr;
     return real<decltype(CertFreeCertificateContext)>("CertFreeCertificateContext")(context);
 }

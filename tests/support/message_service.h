@@ -19,7 +19,12 @@ namespace Quillmark::test {
 /// In force for the life of the object; there is one at a time.
 class MessageService {
   public:
-    MessageService();
+    enum Watch {
+        kEverything,
+        kHandles  ///< nothing but the number of open handles; takes no memory, for tests that refuse it
+    };
+
+    explicit MessageService(Watch watch = kEverything);
     ~MessageService();
     MessageService(const MessageService&) = delete;
     MessageService& operator=(const MessageService&) = delete;
@@ -45,6 +50,8 @@ class MessageService {
     /// Handles that were opened or duplicated and not closed, since this object was made.
     int open_messages() const;
     int open_certificates() const;
+    /// How many updates failed.
+    int failed_updates() const;
 };
 
 }  // namespace Quillmark::test
