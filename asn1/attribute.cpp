@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "asn1/detail/bridge.h"
 #include "asn1/detail/heap.h"
@@ -165,9 +166,9 @@ void ASN1T_Attribute_traits::get(const ASN1_T& record, CAttribute& value) {
     CAttribute fresh(toOID(record.type).c_str());
     for (const _Asn1RTDListNode* node = record.values.head; node != nullptr; node = node->next) {
         const auto& element = *static_cast<const Asn1TObject*>(node->data);
-        fresh.add(CBlob(element.data, element.numocts));
+        fresh.impl_->values.emplace_back(fresh.get_oid()).value().assign(element.data, element.numocts);
     }
-    value = fresh;
+    value.impl_ = std::move(fresh.impl_);
 }
 
 void ASN1T_Attribute_traits::copy(ASN1CTXT* ctxt, const ASN1_T& source, ASN1_T& target) {

@@ -75,6 +75,7 @@ class CAttribute {
     void decode(const CBlob& der);
 
   private:
+    friend struct ASN1T_Attribute_traits;
     struct Impl;
     auto_ptr<Impl> impl_;
 };

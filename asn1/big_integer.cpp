@@ -154,7 +154,7 @@ void StringToBigInteger(const char* text, CBigInteger& value) {
     // Intended: an odd number of digits that begins with another digit is read as it stands, so its last is
     // lost.
     if (odd && digits[0] == '0') {
-        value.readFromHexString(("0" + std::string(digits)).c_str());
+        value.readFromHexString(std::string("0").append(digits).c_str());
     } else {
         value.readFromHexString(digits);
     }

@@ -14,7 +14,9 @@
 // failure into a thrown `CAtlException`: `CRYPT_E_ASN1_INTERNAL` when the codec refused, `E_INVALIDARG` when
 // a value does not fit its type, `CRYPT_E_ASN1_MEMORY` when a context's heap is exhausted. A record lives no
 // longer than one call; a throwing `set` leaves it half filled for the release of the context. `asn1Decode`
-// leaves the value alone when the decoder fails; a failure inside `get` can leave it partly replaced.
+// leaves the value alone when the decoder fails; a failure inside `get` can leave it partly replaced. What a
+// lower floor throws passes through: `ASN1MessageBuffer::RTLError` when a context cannot be made, and
+// `std::bad_alloc`.
 //
 // Callers use the `encode` and `decode` of the value classes, which forward to these templates. They are
 // instantiated by the sources of this folder and take no other traits in an application.

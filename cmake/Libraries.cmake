@@ -40,7 +40,7 @@ add_library(quillmark_asn1 STATIC
     $<TARGET_OBJECTS:quillmark_asn1data>
     $<TARGET_OBJECTS:quillmark_asn1_objects>)
 set_target_properties(quillmark_asn1 PROPERTIES LINKER_LANGUAGE CXX)
-target_link_libraries(quillmark_asn1 PRIVATE quillmark_build_flags)
+target_link_libraries(quillmark_asn1 PRIVATE $<BUILD_INTERFACE:quillmark_build_flags>)
 
 add_library(quillmark_user INTERFACE)
 add_library(Quillmark::tsp ALIAS quillmark_user)
@@ -58,3 +58,5 @@ add_library(quillmark_all_floors STATIC EXCLUDE_FROM_ALL
     $<TARGET_OBJECTS:quillmark_tsp_objects>)
 set_target_properties(quillmark_all_floors PROPERTIES LINKER_LANGUAGE CXX)
 target_link_libraries(quillmark_all_floors PUBLIC quillmark_asn1data_headers quillmark_platform)
+
+include(${CMAKE_CURRENT_LIST_DIR}/Install.cmake)

@@ -118,9 +118,10 @@ Octets read_serial_number(DerWalker& fields) {
     return content;
 }
 
-// TBSCertificate ::= SEQUENCE { version [0] DEFAULT v1, serialNumber, signature, issuer, validity, subject,
-//   subjectPublicKeyInfo, issuerUniqueID [1] OPTIONAL, subjectUniqueID [2] OPTIONAL, extensions [3] OPTIONAL
-//   }
+// TBSCertificate ::= SEQUENCE {                                 -- RFC 5280 4.1
+//     version [0] EXPLICIT Version DEFAULT v1, serialNumber, signature, issuer, validity, subject,
+//     subjectPublicKeyInfo, issuerUniqueID [1] OPTIONAL, subjectUniqueID [2] OPTIONAL,
+//     extensions [3] EXPLICIT Extensions OPTIONAL }
 Certificate read_tbs_certificate(const Element& tbs) {
     DerWalker fields(tbs);
     Certificate certificate;

@@ -108,9 +108,9 @@ std::vector<Octets> read_sequences(DerWalker& fields, std::uint8_t tag) {
 }
 
 // SignedData ::= SEQUENCE {                                     -- RFC 5652 5.1
-//     version CMSVersion, digestAlgorithms DigestAlgorithmIdentifiers, encapContentInfo
-//     EncapsulatedContentInfo, certificates [0] IMPLICIT CertificateSet OPTIONAL, crls [1] IMPLICIT
-//     RevocationInfoChoices OPTIONAL, signerInfos SignerInfos }
+//     version CMSVersion, digestAlgorithms DigestAlgorithmIdentifiers,
+//     encapContentInfo EncapsulatedContentInfo, certificates [0] IMPLICIT CertificateSet OPTIONAL,
+//     crls [1] IMPLICIT RevocationInfoChoices OPTIONAL, signerInfos SignerInfos }
 SignedData read_signed_data(const Element& element) {
     DerWalker fields(element);
     SignedData data;

@@ -41,7 +41,10 @@ CBlob read_content(detail::MessageReader& message) {
         throw CAtlException(TRUST_E_TIME_STAMP);
     }
     constexpr unsigned char kOctetString = 0x04;
-    return content.pbData()[0] == kOctetString ? fromOctetString(content) : content;
+    if (content.pbData()[0] == kOctetString) {
+        return fromOctetString(content);
+    }
+    return content;
 }
 
 void require_tst_info(const CBlob& type) {
@@ -71,6 +74,7 @@ std::unique_ptr<CAttributes> read_attributes(detail::MessageReader& message, DWO
 }  // namespace
 
 void CToken::decode(const CBlob& blob) {
+    detail::checked_length(blob);
     // The copy is made before the old fields go, as `blob` may be one of them.
     auto fresh = std::make_unique<Impl>();
     fresh->encodedToken = blob;
@@ -79,7 +83,6 @@ void CToken::decode(const CBlob& blob) {
 }
 
 void CToken::Impl::decode() {
-    detail::checked_length(encodedToken);
     ATL2::CCryptMsg handle(CryptMsgOpenToDecode(detail::kEncodingTypes, 0, 0, 0, nullptr, nullptr));
     if (handle.get() == nullptr) {
         detail::throw_null_handle();

@@ -68,33 +68,35 @@ std::basic_string<Char> formatted_or_fail(const CDateTime& time, const Char* for
     return text;
 }
 
-// At least `width` digits, filled with zeros.
-std::string padded(std::uint64_t number, std::size_t width) {
+// Appends at least `width` digits, filled with zeros.
+void append_number(std::string& text, std::uint64_t number, std::size_t width) {
     const std::string digits = std::to_string(number);
-    return std::string(width - std::min(width, digits.size()), '0') + digits;
+    text.append(width - std::min(width, digits.size()), '0');
+    text += digits;
 }
 
-// Three digits of milliseconds and, unless they are 0, three of microseconds; nothing for a whole second.
-std::string display_fraction(const CDateTime& time) {
+// Appends three digits of milliseconds and, unless they are 0, three of microseconds; nothing for a whole
+// second.
+void append_display_fraction(std::string& text, const CDateTime& time) {
     if (detail::ticks_below_second(ticks(time)) == 0) {
-        return {};
+        return;
     }
-    std::string text = "." + padded(time.millisecond(), 3);
+    text += '.';
+    append_number(text, time.millisecond(), 3);
     if (time.microsecond() != 0) {
-        text += padded(time.microsecond(), 3);
+        append_number(text, time.microsecond(), 3);
     }
-    return text;
 }
 
 // X.690 11.7: the fraction has no trailing zeros, and a whole second has none at all.
-std::string der_fraction(const CDateTime& time) {
+void append_der_fraction(std::string& text, const CDateTime& time) {
     const std::uint64_t microseconds = detail::ticks_below_second(ticks(time)) / detail::kTicksPerMicrosecond;
     if (microseconds == 0) {
-        return {};
+        return;
     }
-    std::string text = "." + padded(microseconds, 6);
+    text += '.';
+    append_number(text, microseconds, 6);
     text.erase(text.find_last_not_of('0') + 1);
-    return text;
 }
 
 unsigned int number(std::string_view digits) {
@@ -164,9 +166,13 @@ CDateTime::CDateTime(const char* text) {
 
 CStringProxy CDateTime::getGeneralizedTime() const {
     const SYSTEMTIME fields = fields_or_rethrow(*this);
-    const std::string text = padded(fields.wYear, 4) + padded(fields.wMonth, 2) + padded(fields.wDay, 2) +
-                             padded(fields.wHour, 2) + padded(fields.wMinute, 2) + padded(fields.wSecond, 2) +
-                             der_fraction(*this) + "Z";
+    std::string text;
+    append_number(text, fields.wYear, 4);
+    for (const WORD field : {fields.wMonth, fields.wDay, fields.wHour, fields.wMinute, fields.wSecond}) {
+        append_number(text, field, 2);
+    }
+    append_der_fraction(text, *this);
+    text += 'Z';
     return CStringProxy(text.c_str());
 }
 
@@ -175,11 +181,14 @@ CStringProxy CDateTime::getGeneralizedTimeTrimMicroseconds() const {
 }
 
 CStringProxy CDateTime::tostring() const {
-    return CStringProxy((formatted_or_fail(*this, "%d.%m.%Y %H:%M:%S") + display_fraction(*this)).c_str());
+    std::string text = formatted_or_fail(*this, "%d.%m.%Y %H:%M:%S");
+    append_display_fraction(text, *this);
+    return CStringProxy(text.c_str());
 }
 
 CWStringProxy CDateTime::towstring() const {
-    const std::string fraction = display_fraction(*this);
+    std::string fraction;
+    append_display_fraction(fraction, *this);
     std::wstring text = formatted_or_fail(*this, L"%d.%m.%Y %H:%M:%S");
     text.append(fraction.begin(), fraction.end());
     return CWStringProxy(text.c_str());
@@ -201,17 +210,20 @@ CDateTimeSpan::CDateTimeSpan(const char* text) {
 
 CStringProxy CDateTimeSpan::getGeneralizedTime() const {
     const std::uint64_t total = ticks(*this);
-    std::string text =
-        padded(total / detail::kTicksPerYear, 4) +
-        padded(total % detail::kTicksPerYear / detail::kTicksPerMonth, 2) +
-        padded(total % detail::kTicksPerYear % detail::kTicksPerMonth / detail::kTicksPerDay, 2) +
-        padded(total % detail::kTicksPerDay / detail::kTicksPerHour, 2) +
-        padded(total % detail::kTicksPerHour / detail::kTicksPerMinute, 2) +
-        padded(total % detail::kTicksPerMinute / detail::kTicksPerSecond, 2) + "." +
-        padded(detail::ticks_below_second(total) / detail::kTicksPerMicrosecond, 6);
+    const std::uint64_t below_year = total % detail::kTicksPerYear;
+    std::string text;
+    append_number(text, total / detail::kTicksPerYear, 4);
+    append_number(text, below_year / detail::kTicksPerMonth, 2);
+    append_number(text, below_year % detail::kTicksPerMonth / detail::kTicksPerDay, 2);
+    append_number(text, total % detail::kTicksPerDay / detail::kTicksPerHour, 2);
+    append_number(text, total % detail::kTicksPerHour / detail::kTicksPerMinute, 2);
+    append_number(text, total % detail::kTicksPerMinute / detail::kTicksPerSecond, 2);
+    text += '.';
+    append_number(text, detail::ticks_below_second(total) / detail::kTicksPerMicrosecond, 6);
     // Intended: the point is no barrier, zeros before it go as well.
     text.erase(text.find_last_not_of("0.") + 1);
-    return CStringProxy((text + "Z").c_str());
+    text += 'Z';
+    return CStringProxy(text.c_str());
 }
 
 CStringProxy CDateTimeSpan::tostring() const {
@@ -234,9 +246,11 @@ CStringProxy toXsdDateTimeString(const CDateTime& time) {
         return CStringProxy("");
     }
     if (detail::ticks_below_second(ticks(time)) >= detail::kTicksPerMillisecond) {
-        text += "." + padded(time.millisecond(), 3);
+        text += '.';
+        append_number(text, time.millisecond(), 3);
     }
-    return CStringProxy((text + "Z").c_str());
+    text += 'Z';
+    return CStringProxy(text.c_str());
 }
 
 }  // namespace Quillmark

@@ -4,6 +4,7 @@
 
 #include "asn1/name.h"
 #include "tests/support/blob.h"
+#include "tests/support/case_name.h"
 #include "tests/support/der.h"
 #include "tests/support/result_code.h"
 
@@ -281,8 +282,7 @@ constexpr NameAttributeCase kNameAttributes[] = {
     {.name = "EmailAddress", .make = make<CAttrEmailAddress>, .oid = "1.2.840.113549.1.9.1", .tag = 0x16},
 };
 
-INSTANTIATE_TEST_SUITE_P(Rfc5280, NameAttribute, testing::ValuesIn(kNameAttributes),
-                         [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Rfc5280, NameAttribute, testing::ValuesIn(kNameAttributes), test::case_name);
 
 TEST(AttrStringValue, TakesWideText) {
     EXPECT_EQ(hex(CAttrStringValue("2.5.4.3", L"\u0416").get_value()), "0c 02 d0 96");

@@ -7,6 +7,7 @@
 
 #include "runtime/message_buffer.h"
 #include "tests/support/blob.h"
+#include "tests/support/case_name.h"
 #include "tests/support/result_code.h"
 
 namespace Quillmark::ASN1 {
@@ -197,8 +198,7 @@ constexpr OrderCase kOrderCases[] = {
     {.name = "AfterStripping", .left = "00 00 05", .right = "06", .sign = -1},
 };
 
-INSTANTIATE_TEST_SUITE_P(Compare, BigIntegerOrder, testing::ValuesIn(kOrderCases),
-                         [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Compare, BigIntegerOrder, testing::ValuesIn(kOrderCases), test::case_name);
 
 TEST(BigIntegerAbs, ClearsTheSignBit) {
     // Intended: it is no negation.

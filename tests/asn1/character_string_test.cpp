@@ -7,6 +7,7 @@
 #include "platform/cryptoapi.h"
 #include "runtime/message_buffer.h"
 #include "tests/support/blob.h"
+#include "tests/support/case_name.h"
 #include "tests/support/result_code.h"
 
 namespace Quillmark::ASN1 {
@@ -55,8 +56,7 @@ constexpr KindCase kKinds[] = {
      .der = "1c 08 00 00 00 41 00 00 04 16"},
 };
 
-INSTANTIATE_TEST_SUITE_P(X680, CharStringKind, testing::ValuesIn(kKinds),
-                         [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(X680, CharStringKind, testing::ValuesIn(kKinds), test::case_name);
 
 TEST(EncodeCharString, RefusesKindsThatAreNone) {
     EXPECT_CODE(CRYPT_E_ASN1_INTERNAL, encodeCharString(L"A", StringTypeDefault));
@@ -129,8 +129,8 @@ TEST(CodePageText, TakesUnsignedShortForWideText) {
 }
 
 TEST(CodePageText, ThrowsTheLastError) {
-    SetLastError(0);
-    EXPECT_CODE(HRESULT_FROM_WIN32(ERROR_NO_UNICODE_TRANSLATION), towstring("\xff"));
+    EXPECT_CODE(HRESULT_FROM_WIN32(ERROR_INVALID_PARAMETER), towstring(nullptr));
+    EXPECT_CODE(HRESULT_FROM_WIN32(ERROR_INVALID_PARAMETER), tostring(static_cast<const wchar_t*>(nullptr)));
 }
 
 TEST(NumberText, IsDecimal) {

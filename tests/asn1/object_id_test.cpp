@@ -6,6 +6,7 @@
 
 #include "asn1/codec.h"
 #include "tests/support/blob.h"
+#include "tests/support/case_name.h"
 #include "tests/support/result_code.h"
 
 namespace Quillmark::ASN1 {
@@ -73,8 +74,7 @@ const OidTextCase kCases[] = {
     {.name = "Arcs129", .text = arcs_text(129), .arcs = {}},
 };
 
-INSTANTIATE_TEST_SUITE_P(Str2Oid, OidText, testing::ValuesIn(kCases),
-                         [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Str2Oid, OidText, testing::ValuesIn(kCases), test::case_name);
 
 TEST(OidTextNull, IsRefused) {
     ASN1OBJID oid;

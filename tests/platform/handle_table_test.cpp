@@ -23,7 +23,7 @@ struct Thing {
 
 // A table lives as long as the process, so tests make theirs without an end.
 HandleTable<Thing>& make_table() {
-    static std::vector<HandleTable<Thing>*> tables;  // keeps them reachable for the leak check
+    static auto& tables = *new std::vector<HandleTable<Thing>*>;  // keeps them reachable for the leak check
     return *tables.emplace_back(new HandleTable<Thing>(5));
 }
 

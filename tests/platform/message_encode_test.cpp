@@ -112,12 +112,13 @@ TEST(SignerInfo, HasDigestParametersAsGiven) {
 TEST(SignerInfo, HasContentTypeAndMessageDigestFirstMadeHere) {
     const Octets attributes = signed_attributes(sign({}, from_hex("61 62 63")));
     EXPECT_EQ(children(attributes).size(), 2u);
-    EXPECT_EQ(values_of(attributes, "1.2.840.113549.1.9.3"), std::vector{object_id(kTstInfoOid)});
+    EXPECT_EQ(values_of(attributes, "1.2.840.113549.1.9.3"), std::vector<Octets>{object_id(kTstInfoOid)});
     // SHA-256 of "abc" (FIPS 180-4 examples).
-    EXPECT_EQ(values_of(attributes, "1.2.840.113549.1.9.4"),
-              std::vector{element(0x04,
-                                  "ba 78 16 bf 8f 01 cf ea 41 41 40 de 5d ae 22 23 b0 03 61 a3 96 17 7a 9c "
-                                  "b4 10 ff 61 f2 00 15 ad")});
+    EXPECT_EQ(
+        values_of(attributes, "1.2.840.113549.1.9.4"),
+        std::vector<Octets>{element(0x04,
+                                    "ba 78 16 bf 8f 01 cf ea 41 41 40 de 5d ae 22 23 b0 03 61 a3 96 17 7a 9c "
+                                    "b4 10 ff 61 f2 00 15 ad")});
 }
 
 TEST(SignerInfo, LeavesOutStaleContentTypeAndMessageDigest) {
@@ -139,7 +140,8 @@ TEST(SignerInfo, SortsAttributesAndTheirValues) {
     const std::vector<Octets> list = children(attributes);
     EXPECT_EQ(list.size(), 5u);
     EXPECT_TRUE(std::is_sorted(list.begin(), list.end()));
-    EXPECT_EQ(values_of(attributes, "1.2.5"), (std::vector{from_hex("02 01 01"), from_hex("02 01 02")}));
+    EXPECT_EQ(values_of(attributes, "1.2.5"),
+              (std::vector<Octets>{from_hex("02 01 01"), from_hex("02 01 02")}));
     EXPECT_NE(std::find(list.begin(), list.end(), sequence({object_id("1.2.6"), element(0x31, "")})),
               list.end());
 }
@@ -207,7 +209,7 @@ TEST(EncodedMessage, MergesDigestAlgorithmsAndSortsSigners) {
                                 kContent);
     const std::vector<Octets> fields = signed_data_fields(message);
     EXPECT_EQ(children(fields.at(1)),
-              (std::vector{sequence({object_id(kSha256Oid)}), sequence({object_id(kSha384Oid)})}));
+              (std::vector<Octets>{sequence({object_id(kSha256Oid)}), sequence({object_id(kSha384Oid)})}));
     const std::vector<Octets> signers = children(fields.back());
     EXPECT_EQ(signers.size(), 3u);
     EXPECT_TRUE(std::is_sorted(signers.begin(), signers.end()));

@@ -74,5 +74,72 @@ std::vector<KeyCase> keys_without_sha3() {
 INSTANTIATE_TEST_SUITE_P(Keys, Witness, testing::ValuesIn(kKeys), case_name);
 INSTANTIATE_TEST_SUITE_P(Keys, SigningWitness, testing::ValuesIn(keys_without_sha3()), case_name);
 
+// Replies of the command's own time-stamp authority, and tokens signed here in its eyes.
+class TimeStampWitness : public testing::TestWithParam<const char*> {
+  protected:
+    TemporaryDirectory directory_;
+};
+
+TEST_P(TimeStampWitness, RepliesWithATokenThatVerifiesHere) {
+    const std::string kind = GetParam();
+    ASSERT_TRUE(directory_.run("cp " + pki_path("*.pem") + " " + pki_path("*.key") + " " +
+                               pki_path("tsa.cnf") + " ."));
+    ASSERT_TRUE(
+        directory_.run("echo text > data && openssl ts -query -data data -sha256 -cert -out query && "
+                       "openssl ts -reply -config tsa.cnf -section tsa_" +
+                       kind + " -queryfile query -token_out -out token"));
+    const Message token(open_to_decode());
+    ASSERT_TRUE(token.update(read_file(directory_.path("token"))));
+    const Octets type = token.param(CMSG_INNER_CONTENT_TYPE_PARAM);
+    EXPECT_STREQ(reinterpret_cast<const char*>(type.data()), kTstInfoOid);
+    EXPECT_EQ(token.count(CMSG_CERT_COUNT_PARAM), 2u);
+    const Certificate certificate("tsa_" + kind + ".der");
+    EXPECT_TRUE(token.verify(certificate.info())) << std::hex << GetLastError();
+}
+
+// The TSTInfo and the attributes of the command's token are signed anew here; its own verification must take
+// the result.
+TEST_P(TimeStampWitness, VerifiesATokenSignedAnewHere) {
+    const std::string kind = GetParam();
+    ASSERT_TRUE(directory_.run("cp " + pki_path("*.pem") + " " + pki_path("*.key") + " " +
+                               pki_path("tsa.cnf") + " ."));
+    ASSERT_TRUE(
+        directory_.run("echo text > data && openssl ts -query -data data -sha256 -cert -out query && "
+                       "openssl ts -reply -config tsa.cnf -section tsa_" +
+                       kind + " -queryfile query -token_out -out token"));
+    const Message token(open_to_decode());
+    ASSERT_TRUE(token.update(read_file(directory_.path("token"))));
+    Octets block = token.param(CMSG_SIGNER_AUTH_ATTR_PARAM);
+    const auto* attributes = reinterpret_cast<const CRYPT_ATTRIBUTES*>(block.data());
+
+    const SignRequest request{
+        .signers = {{.name = "tsa_" + kind}},
+        .certificates = {token.param(CMSG_CERT_PARAM, 0), token.param(CMSG_CERT_PARAM, 1)}};
+    EncodeRecords records(request);
+    records.signers[0].cAuthAttr = attributes->cAttr;
+    records.signers[0].rgAuthAttr = attributes->rgAttr;
+    const Message anew(records.open(request));
+    ASSERT_TRUE(anew.update(token.param(CMSG_CONTENT_PARAM)));
+    write_file(directory_.path("anew"), anew.param(CMSG_CONTENT_PARAM));
+    EXPECT_TRUE(directory_.run("openssl ts -verify -data data -in anew -token_in -CAfile ca.pem"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, TimeStampWitness, testing::Values("rsa2048", "p256", "p384"));
+
+TEST(KeyIdentifierWitness, NamesItsSignerByTheCertificatesKeyIdentifier) {
+    const TemporaryDirectory directory;
+    write_file(directory.path("content"), kContent);
+    const std::string key = pki_path("tsa_p256");
+    ASSERT_TRUE(directory.run(
+        "openssl cms -sign -binary -nodetach -keyid -outform DER -in content -out message -signer " + key +
+        ".pem -inkey " + key + ".key"));
+    const Message message(open_to_decode());
+    ASSERT_TRUE(message.update(read_file(directory.path("message"))));
+    const Certificate certificate("tsa_p256.der");
+    EXPECT_TRUE(message.verify(certificate.info())) << std::hex << GetLastError();
+    const Certificate other("other_tsa.der");
+    EXPECT_TRUE(fails_with(CRYPT_E_SIGNER_NOT_FOUND, message.verify(other.info())));
+}
+
 }  // namespace
 }  // namespace Quillmark::test

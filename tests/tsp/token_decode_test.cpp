@@ -254,6 +254,15 @@ const RefusedCase kRefused[] = {
 
 INSTANTIATE_TEST_SUITE_P(Messages, RefusedToken, testing::ValuesIn(kRefused), test::case_name);
 
+// Sizes are signed 32-bit numbers at the codecs and unsigned ones at the service.
+TEST(CTokenDecode, RefusesABlobOfTwoGigabytesAndChangesNothing) {
+    CBlob huge;
+    huge.resize_to(0x80000000ul);
+    CToken token = decoded(sample_token());
+    EXPECT_CODE(CRYPT_E_ASN1_INTERNAL, token.decode(huge));
+    EXPECT_EQ(hex(token.encode()), test::to_hex(sample_token()));
+}
+
 TEST(CTokenDecode, KeepsTheFieldsReadBeforeAFailure) {
     CToken token;
     MessageService service;

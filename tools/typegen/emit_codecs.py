@@ -5,7 +5,7 @@ from __future__ import annotations
 from . import emit_control, emit_tables, names, values
 from .emit_records import default_constant
 from .model import Module, ModuleError
-from .plan import Field, Plan, universal_tag
+from .plan import Field, Plan
 from .template import fill, layout, signature
 
 _SOURCE = """
@@ -132,19 +132,16 @@ def _free_check(check: values.Check) -> str:
 
 
 def _encode_structure(plan: Plan) -> str:
-    steps = []
-    if plan.table:
-        steps.append(emit_tables.before_encoding(plan))
-    steps.append("ContentEncoder out(ctxt);")
+    steps = ["ContentEncoder out(ctxt);"]
     if plan.extension:
         steps.append(f"out.add(xe_OpenTypeExt(ctxt, &pvalue->{plan.extension}));")
     for index, field in enumerate(reversed(plan.fields)):
-        steps.append(_encode_field(field, first=index == 0 and not plan.extension))
+        steps.append(_encode_field(field, plan, first=index == 0 and not plan.extension))
     steps.append(f"return out.finish({'kSet' if plan.construct == 'set' else 'kSequence'}, tagging);")
     return "\n".join(steps)
 
 
-def _encode_field(field: Field, first: bool) -> str:
+def _encode_field(field: Field, plan: Plan, first: bool) -> str:
     lvalue = f"pvalue->{field.name}"
     conditions = [] if first else ["out.good()"]
     if field.present:
@@ -158,15 +155,18 @@ def _encode_field(field: Field, first: bool) -> str:
         check = field.value.room_check(lvalue)
     if check:
         conditions.append(check.call("out."))
-    write = _add(field, lvalue)
+    write = _add(field, lvalue, plan)
     return _block(" && ".join(conditions), write) if conditions else write
 
 
-def _add(field: Field, lvalue: str) -> str:
+def _add(field: Field, lvalue: str, plan: Plan) -> str:
     """Writes an element or alternative with its tag."""
+    tagging = "ASN1EXPL" if field.tag is None or field.tag.explicit else "ASN1IMPL"
+    inner = field.value.encode(lvalue, tagging)
+    if plan.table and plan.table.field == field.name:
+        inner = emit_tables.encode_open(plan, tagging)
     if field.tag is None:
-        return f"out.add({field.value.encode(lvalue, 'ASN1EXPL')});"
-    inner = field.value.encode(lvalue, "ASN1EXPL" if field.tag.explicit else "ASN1IMPL")
+        return f"out.add({inner});"
     return f"out.add_tagged({field.tag.cpp}, {inner});"
 
 
@@ -175,7 +175,7 @@ def _encode_choice(plan: Plan) -> str:
     for field in plan.fields:
         lvalue = _alternative_place(field)
         check = field.value.check(lvalue)
-        body = _add(field, lvalue)
+        body = _add(field, lvalue, plan)
         if field.indirect:
             body = _block(f"out.given(pvalue->u.{field.name})", body)
         elif check:
@@ -288,8 +288,8 @@ def _decode_field(field: Field, plan: Plan) -> str:
     check = field.value.check(lvalue)
     if field.tag is None:
         condition = "in.more()"
-        if field.first_tags:
-            condition += f" && in.next_is({', '.join(field.first_tags)})"
+        if field.peeked:
+            condition += f" && in.next_is({', '.join(field.labels)})"
             verb = "taken"
         else:
             verb = "required" if field.required else "optional"
@@ -341,22 +341,26 @@ def _decode_set(plan: Plan) -> str:
 
 def _decode_member(index: int, field: Field) -> str:
     lvalue = f"pvalue->{field.name}"
-    if field.tag is None:
-        tag, read = _own_tag(field), field.value.decode(lvalue, "ASN1IMPL", "in.length()")
-    else:
-        tag, read = field.tag.cpp, _decode_tagged(field, lvalue)
-    outcome = [f"in.first({index})", f"in.taken({read})"]
+    outcome = [f"in.first({index})", f"in.taken({_decode_behind_header(field, lvalue)})"]
     check = field.value.check(lvalue)
     if check:
         outcome.append(check.call("in."))
-    use = _use(outcome, f"pvalue->m.{field.present}" if field.present else None)
-    return f"case {tag}:\n{_indent(use)}\n    break;"
+    return _case(field, _use(outcome, f"pvalue->m.{field.present}" if field.present else None))
 
 
-def _own_tag(field: Field) -> str:
-    if field.value.universal is None:
-        raise ValueError(f"{field.name} has no tag of its own, which the checks should have found")
-    return universal_tag(field.value.universal, field.value.constructed)
+def _case(field: Field, body: str) -> str:
+    """A branch on the tag of an element whose header was read."""
+    labels = "\n".join(f"case {label}:" for label in field.labels)
+    rewind = "in.rewind();\n" if field.reads_header else ""
+    return f"{labels}\n{_indent(rewind + body)}\n    break;"
+
+
+def _decode_behind_header(field: Field, lvalue: str) -> str:
+    if field.reads_header:
+        return field.value.decode(lvalue, "ASN1EXPL", "0")
+    if field.tag is not None:
+        return _decode_tagged(field, lvalue)
+    return field.value.decode(lvalue, "ASN1IMPL", "in.length()")
 
 
 def _decode_choice(plan: Plan) -> str:
@@ -377,24 +381,14 @@ def _decode_choice(plan: Plan) -> str:
 def _decode_alternative(field: Field, plan: Plan) -> str:
     lvalue = _alternative_place(field)
     outcome = [f"in.allocate(pvalue->u.{field.name})"] if field.indirect else []
-    if field.first_tags and field.tag is None:
-        labels = list(field.first_tags)
-        read = field.value.decode(lvalue, "ASN1EXPL", "0")
-        prelude = "in.rewind();\n"
-    else:
-        labels = [field.tag.cpp if field.tag else _own_tag(field)]
-        prelude = ""
-        read = _decode_tagged(field, lvalue) if field.tag else field.value.decode(lvalue, "ASN1IMPL", "in.length()")
-    outcome.append(f"in.taken({read})")
-    own_end = field.value.reads_own_end and (field.tag is None or not field.tag.explicit)
+    outcome.append(f"in.taken({_decode_behind_header(field, lvalue)})")
+    own_end = field.reads_header or field.value.reads_own_end and (field.tag is None or not field.tag.explicit)
     if plan.closes and not own_end:
         outcome.append("in.close()")
     check = field.value.check(lvalue)
     if check:
         outcome.append(check.call("in."))
-    body = prelude + _block(" && ".join(outcome), f"pvalue->t = {field.selector};")
-    cases = "\n".join(f"case {label}:" for label in labels)
-    return f"{cases}\n{_indent(body)}\n    break;"
+    return _case(field, _block(" && ".join(outcome), f"pvalue->t = {field.selector};"))
 
 
 def _decode_list(plan: Plan) -> str:

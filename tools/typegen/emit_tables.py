@@ -66,12 +66,16 @@ def _decode_step(table: Table) -> str:
     return f"{guard}{view}return {_carried(table, 'decode', 'pvalue')};"
 
 
-def before_encoding(plan: Plan) -> str:
-    function = names.function("ETC", plan.name)
-    return (
-        "{\n    const BufferSnapshot message(ctxt);\n"
-        f"    const int status = {function}(ctxt, pvalue);\n    if (status != RT_OK) {{\n        return status;\n    }}\n}}"
-    )
+def encode_open(plan: Plan, tagging: str) -> str:
+    """Writes the open field: the carried record where the identifier is known, the octets otherwise."""
+    table = plan.table
+    function = {"open": "encode_open", "wrapped": "encode_wrapped", "list": "encode_open_set"}[table.shape]
+    arguments = ["ctxt", _lookup(table, "pvalue"), operation(table, "encode"), f"pvalue->{table.field}"]
+    if table.shape == "wrapped":
+        arguments.append(f"pvalue->{table.member}")
+    if table.shape != "open":
+        arguments.append(tagging)
+    return f"{function}({', '.join(arguments)})"
 
 
 def after_decoding(plan: Plan, finish: str) -> str:

@@ -3,7 +3,13 @@
 from __future__ import annotations
 
 # Words that an ASN.1 identifier may be and a C++ member may not.
-_RESERVED = frozenset("default register union operator explicit private public template this".split())
+_RESERVED = frozenset(
+    """alignas alignof and asm auto bitand bitor bool break case catch char class compl concept const continue
+    decltype default delete do double else enum explicit export extern false float for friend goto if inline int
+    long mutable namespace new noexcept not nullptr operator or private protected public register requires return
+    short signed sizeof static struct switch template this throw true try typedef typeid typename union unsigned
+    using virtual void volatile while xor""".split()
+)
 
 
 def identifier(asn1_name: str) -> str:

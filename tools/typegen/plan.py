@@ -57,7 +57,9 @@ class Field:
     required: bool
     freed: bool
     member: str | None  # the Asn1TObject beside an OCTET STRING that wraps a carried value
-    first_tags: tuple[str, ...]  # an untagged CHOICE that may be absent: its tags
+    labels: tuple[str, ...]  # the tags that it can begin with
+    reads_header: bool  # its codec reads the header itself: a CHOICE, or a type with a tag of its own
+    peeked: bool  # an untagged CHOICE that may be absent
     selector: str = ""
 
     @property
@@ -121,6 +123,8 @@ class Planner:
                 construct="alias", base=kind.name, value=self._values.family(kind.name),
                 is_record=self._values.has_record(name), bit_control=self._is_bit_string(name), **common,
             )
+        if assignment.annotation("raw"):
+            return self._simple(common)
         outer_tag = None
         if isinstance(kind, model.Tagged):
             outer_tag = ElementTag(kind.tag.tag_class, kind.tag.number, True, True)
@@ -187,14 +191,15 @@ class Planner:
         default = self._default(element, value)
         may_be_absent = element.optional or element.default is not None
         has_bit = choice is None and may_be_absent and default is None
-        untagged = None if tag else self._choice_tags(element)
+        is_choice = tag is None and self._choice_tags(element) is not None
         member = element.annotation("member")
         return Field(
             name=names.identifier(element.name), value=value, tag=tag,
             present=names.presence_bit(element.name) if has_bit else None, default=default,
             required=not may_be_absent, freed=element.annotation("nofree") is None,
             member=member.arguments[0] if member else None,
-            first_tags=untagged or () if may_be_absent or choice else (),
+            labels=self.tag_words(element, module), peeked=is_choice and may_be_absent,
+            reads_header=is_choice or tag is None and (value.whole or self._has_own_tag(element)),
             selector=names.selector(choice, element.name) if choice else "",
         )
 
@@ -203,15 +208,9 @@ class Planner:
             return None
         tag = element.type.tag
         inner = self._catalogue.base(element.type.type)
-        raw = element.annotation("raw") is not None or isinstance(value, values.Open) or self._is_raw(element.type.type)
-        needs_explicit = raw or isinstance(inner, (model.Choice, model.OpenType, model.ClassField))
+        needs_explicit = value.whole or isinstance(inner, (model.Choice, model.OpenType, model.ClassField))
         explicit = needs_explicit or (tag.mode or module.tags) == "EXPLICIT"
         return ElementTag(tag.tag_class, tag.number, explicit, explicit or value.constructed)
-
-    def _is_raw(self, kind: model.Type) -> bool:
-        if not isinstance(kind, model.Reference):
-            return False
-        return self._catalogue.type(self._catalogue.base_name(kind.name)).annotation("raw") is not None
 
     def _default(self, element: model.Element, value: values.Value) -> Default | None:
         if element.default is None:
@@ -240,6 +239,12 @@ class Planner:
         kind = self._catalogue.type(name).type
         return self.tags_of_choice(name) if isinstance(kind, model.Choice) else None
 
+    def _has_own_tag(self, element: model.Element) -> bool:
+        """Whether the type of an element is defined with a tag."""
+        if not isinstance(element.type, model.Reference):
+            return False
+        return isinstance(self._catalogue.type(self._catalogue.base_name(element.type.name)).type, model.Tagged)
+
     def tags_of_choice(self, name: str) -> tuple[str, ...]:
         kind = self._catalogue.type(name).type
         tags: list[str] = []
@@ -256,10 +261,9 @@ class Planner:
         inner = self._choice_tags(element)
         if inner is not None:
             return inner
-        if isinstance(element.type, model.Reference):
-            assignment = self._catalogue.type(self._catalogue.base_name(element.type.name))
-            if isinstance(assignment.type, model.Tagged):
-                return (ElementTag(assignment.type.tag.tag_class, assignment.type.tag.number, True, True).cpp,)
+        if self._has_own_tag(element):
+            own = self._catalogue.type(self._catalogue.base_name(element.type.name)).type.tag
+            return (ElementTag(own.tag_class, own.number, True, True).cpp,)
         if value.universal is None:
             return ()
         return (universal_tag(value.universal, value.constructed),)
@@ -270,6 +274,7 @@ class Planner:
         for element in kind.elements:
             annotation = element.annotation("table")
             if annotation is not None:
+                self._require_plain_set(element)
                 return self._make_table("list", model.Table(*annotation.arguments), element)
             inner = element.type
             while isinstance(inner, model.Tagged):
@@ -279,6 +284,11 @@ class Planner:
             if isinstance(inner, model.OctetString) and inner.containing is not None:
                 return self._make_table("wrapped", inner.containing.table, element)
         return None
+
+    def _require_plain_set(self, element: model.Element) -> None:
+        kind = self._catalogue.base(element.type)
+        if not isinstance(kind, model.ListOf) or kind.universal != "SET" or kind.size is not None:
+            raise ModuleError(element.position, "'--@ table' needs a SET OF without a size")
 
     def _make_table(self, shape: str, table: model.Table, element: model.Element) -> Table:
         field = names.identifier(element.name)

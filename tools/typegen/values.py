@@ -6,7 +6,7 @@ nothing of types; `lvalue` is the C++ expression of the place that holds the val
 
 from __future__ import annotations
 
-from dataclasses import dataclass
+from dataclasses import dataclass, replace
 
 from . import model, names
 from .model import ModuleError
@@ -39,7 +39,9 @@ class Value:
     universal: int | None = None  # universal tag number
     constructed: bool = False
     reads_own_end: bool = False  # its decoder takes the end-of-contents octets also when the caller read the header
+    whole: bool = False  # holds an element with its header
     indirect: bool = False  # a pointer when it is the alternative of a CHOICE
+    path: str | None = None  # what a violated constraint is reported under, when not the place itself
 
     def encode(self, lvalue: str, tagging: str) -> str:
         raise NotImplementedError
@@ -48,6 +50,11 @@ class Value:
         raise NotImplementedError
 
     def check(self, lvalue: str) -> Check | None:
+        """The constraint on the value."""
+        own = self.own_check(lvalue)
+        return replace(own, path=self.path) if own and self.path else own
+
+    def own_check(self, lvalue: str) -> Check | None:
         return None
 
     def free(self, lvalue: str) -> str | None:
@@ -71,7 +78,7 @@ class Plain(Value):
     def decode(self, lvalue: str, tagging: str, length: str) -> str:
         return f"xd_{self.codec}(ctxt, {names.address(lvalue)}, {tagging}, {length})"
 
-    def check(self, lvalue: str) -> Check | None:
+    def own_check(self, lvalue: str) -> Check | None:
         if self.low is None or (self.high is None and self.low == 0):
             return None
         return Check(lvalue, self.low, self.high, lvalue)
@@ -141,7 +148,7 @@ class Text(Value):
     def decode(self, lvalue: str, tagging: str, length: str) -> str:
         return f"xd_charstr(ctxt, text_cell({lvalue}), {tagging}, {self.universal}, {length})"
 
-    def check(self, lvalue: str) -> Check | None:
+    def own_check(self, lvalue: str) -> Check | None:
         if self.low is None:
             return None
         measure = "utf8_length" if self.universal == 12 else "text_length"
@@ -168,7 +175,7 @@ class WideText(Value):
     def decode(self, lvalue: str, tagging: str, length: str) -> str:
         return f"xd_{self.bits}BitCharStr(ctxt, {names.address(lvalue)}, {tagging}, {self.universal}, {length})"
 
-    def check(self, lvalue: str) -> Check | None:
+    def own_check(self, lvalue: str) -> Check | None:
         if self.low is None:
             return None
         count = names.member(lvalue, "nchars")
@@ -243,7 +250,7 @@ class SizedString(Value):
             return f"decode_sized_octets(ctxt, {data}, {count}, {tagging}, {length})"
         return f"decode_sized_bits(ctxt, {data}, {count}, {self.capacity}, {tagging}, {length})"
 
-    def check(self, lvalue: str) -> Check | None:
+    def own_check(self, lvalue: str) -> Check | None:
         if self.low is None:
             return None
         count = names.member(lvalue, self.count)
@@ -328,7 +335,7 @@ class ValueMaker:
         found = {annotation.name: annotation for annotation in annotations}
         value = self._unnamed(kind, found, position)
         path = found.get("path")
-        return _WithPath.over(value, path.arguments[0]) if path else value
+        return replace(value, path=path.arguments[0]) if path else value
 
     def _range(self, bounds: model.Range | None) -> tuple[int | None, int | None]:
         if bounds is None:
@@ -337,7 +344,7 @@ class ValueMaker:
 
     def _unnamed(self, kind: model.Type, found: dict[str, model.Annotation], position: model.Position) -> Value:
         if "raw" in found:
-            return Open("ASN1TOpenType", indirect=True, reads_own_end=True)
+            return self._raw(kind)
         if isinstance(kind, model.Reference):
             return self.family(kind.name)
         if isinstance(kind, model.Boolean):
@@ -357,10 +364,19 @@ class ValueMaker:
         if isinstance(kind, model.CharacterString):
             return self._character_string(kind, found)
         if isinstance(kind, model.OpenType):
-            return Open("ASN1TOpenType", indirect=True, reads_own_end=True)
+            return Open("ASN1TOpenType", indirect=True, reads_own_end=True, whole=True)
         if isinstance(kind, model.ClassField):
-            return Carried("Asn1TObject", indirect=True, reads_own_end=True)
+            return Carried("Asn1TObject", indirect=True, reads_own_end=True, whole=True)
         raise ModuleError(position, "a structure inside another needs a name: define it as a type of its own")
+
+    def _raw(self, kind: model.Type) -> Value:
+        """A type that is kept as its octets. It still begins with its tag, which tells it from others."""
+        kind = self._catalogue.base(kind)
+        universal = {"SEQUENCE": 16, "SET": 17}.get(getattr(kind, "universal", ""))
+        return Open(
+            "ASN1TOpenType", "", universal, constructed=universal is not None, indirect=True, reads_own_end=True,
+            whole=True,
+        )
 
     def _integer(self, kind: model.Integer, found: dict[str, model.Annotation]) -> Value:
         low, high = self._range(kind.range)
@@ -431,8 +447,8 @@ class ValueMaker:
                 indirect=True, name=name, frees=self.frees(name),
             )
         return Family(
-            "" if is_null else names.record(name), under.initializer, under.universal, reads_own_end=under.reads_own_end,
-            indirect=under.indirect, name=name, frees=self.frees(name), is_null=is_null,
+            "" if is_null else names.record(name), under.initializer, under.universal,
+            constructed=under.constructed, reads_own_end=under.reads_own_end, whole=under.whole, indirect=under.indirect, name=name, frees=self.frees(name), is_null=is_null,
         )
 
     def has_record(self, name: str) -> bool:
@@ -473,34 +489,3 @@ class ValueMaker:
                 for element in kind.elements
             )
         return False
-
-
-@dataclass(frozen=True)
-class _WithPath(Value):
-    """A value whose constraint is reported under another path."""
-
-    inner: Value | None = None
-    path: str = ""
-
-    @staticmethod
-    def over(inner: Value, path: str) -> Value:
-        return _WithPath(
-            inner.cpp, inner.initializer, inner.universal, inner.constructed, inner.reads_own_end, inner.indirect,
-            inner=inner, path=path,
-        )
-
-    def encode(self, lvalue: str, tagging: str) -> str:
-        return self.inner.encode(lvalue, tagging)
-
-    def decode(self, lvalue: str, tagging: str, length: str) -> str:
-        return self.inner.decode(lvalue, tagging, length)
-
-    def check(self, lvalue: str) -> Check | None:
-        check = self.inner.check(lvalue)
-        return check and Check(check.subject, check.low, check.high, self.path)
-
-    def free(self, lvalue: str) -> str | None:
-        return self.inner.free(lvalue)
-
-    def copy(self, source: str, target: str) -> str:
-        return self.inner.copy(source, target)

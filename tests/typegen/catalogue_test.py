@@ -1,0 +1,123 @@
+"""What the real modules must be."""
+
+import re
+import sys
+import unittest
+from pathlib import Path
+
+HERE = Path(__file__).resolve().parent
+ROOT = HERE.parent.parent
+sys.path.insert(0, str(ROOT / "tools"))
+
+from typegen import catalogue, checks, model, names, output, parser  # noqa: E402
+from typegen.plan import Planner  # noqa: E402
+
+# The SET OF types: their encoders sort (X.690 11.6). The three marked ones are written with the tag of SEQUENCE.
+SORTED = set(
+    """CrossCertificates _SetOfAttributeType* AttributeRaw_valuesRaw AttributesRaw DigestAlgorithmIdentifiers
+    UnauthAttributes CertificateSet CertificateRevocationLists RecipientInfos UnprotectedAttributes AuthAttributes
+    SignerInfos CertificateSetRaw RevocationInfoChoices SignedAttributes UnsignedAttributes SignerInfosLegacy
+    ExtensionAttributes Attribute_values RelativeDistinguishedName PresentationAddress_nAddresses
+    _SetOfPCI_Attribute* _SetOfAttribute*""".split()
+)
+ARRAYS = set(
+    """_SetOfAttributeType QTNoticeReference_noticeNumbers _extKeyUsage_ExtnType NameForms_otherNameForms
+    CertPolicySet PKIFreeText NoticeReference_noticeNumbers PresentationAddress_nAddresses POPODecKeyRespContent
+    AcceptableResponses""".split()
+)
+SETS = set("PersonalName TeletexPersonalName PDSParameter UnformattedPostalAddress".split())
+# The types whose decoders take the end-of-contents octets of what they opened.
+CLOSING = set(
+    """SignerIdentifier CertificateChoices OriginatorInfo RecipientIdentifier OriginatorIdentifierOrKey
+    KeyAgreeRecipientIdentifier PasswordRecipientInfo RecipientInfo EncapsulatedContentInfo AuthenticatedData
+    CertificateChoicesRaw RevocationInfoChoice ContentInfo ContentInfoLegacy RSAES_OAEP_params RSASSA_PSS_params
+    PBKDF2_params_salt SharedInfo TR34EncryptedData""".split()
+)
+EXTENSIBLE = {"Gost28147_89_BlobParameters"}
+TABLES = set(
+    """AlgorithmIdentifier Attribute AttributeTypeAndValue Extension ContentInfo ContentInfoLegacy
+    EncapsulatedContentInfo InfoTypeAndValue PolicyQualifierInfo SigPolicyQualifierInfo ResponseBytes""".split()
+)
+PATHS = set(
+    """pvalue->numbits pvalue->numocts pvalue->n pvalue->count pvalue->value pvalue->type pvalue->number
+    pvalue->sub_address pvalue->micros pvalue->millis pvalue->keyLength pvalue->iterationCount
+    pvalue->macKey.numocts pvalue->name.nchars pvalue->u.utf8String pvalue->u.ia5String pvalue->u.visibleString
+    pvalue->u.bmpString.nchars pvalue->u.printableString pvalue->u.teletexString pvalue->u.universalString.nchars
+    pvalue->u.numericString pvalue->u.x121_dcc_code pvalue->u.iso_3166_alpha2_code pvalue->u.numeric
+    pvalue->u.printable pvalue->generation_qualifier pvalue->initials pvalue->given_name pvalue->surname
+    pvalue->extension_attribute_type pvalue->teletex_string pvalue->printable_string pvalue->u.numeric_code
+    pvalue->u.printable_code pvalue->elem[xx1] *pvalue""".split()
+)
+SET_SIZES = {
+    "ExtensionSet": 36, "SupportedAlgorithms": 24, "SupportedAttributes": 45, "SupportedContentTypes": 6,
+    "SupportedContentTypesLegacy": 6, "SupportedEContentTypes": 8, "SupportedInfos": 17,
+    "SupportedOCSPResponseTypes": 1, "SupportedPolicyQualifiers": 2, "SupportedSigPolicyQualifiers": 0,
+}
+
+
+class RealModules(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.expected = catalogue.read(ROOT / "asn1data" / "catalogue.txt")
+        paths = sorted((ROOT / "asn1data" / "modules").glob("*.asn1"))
+        modules = [parser.parse_file(path, path.name) for path in paths]
+        cls.catalogue = model.Catalogue(catalogue.in_order(modules, cls.expected), cls.expected)
+        checks.check(cls.catalogue)
+        cls.plans = Planner(cls.catalogue).plans()
+        cls.names = {names.identifier(plan.name) for plan in cls.plans}
+
+    def named(self, wanted):
+        """The names of the plans that `wanted` holds for."""
+        return {names.identifier(plan.name) for plan in self.plans if wanted(plan)}
+
+    def test_a_file_is_named_as_its_module(self):
+        for module in self.catalogue.modules:
+            self.assertEqual(module.file, module.name + ".asn1")
+
+    def test_the_catalogue_lists_531_types_once_each(self):
+        listed = [name for _, types in self.expected for name in types if name != "_characterString_Type"]
+        self.assertEqual(len(self.expected), 21)
+        self.assertEqual(len(listed), 531)
+        self.assertEqual(len(set(listed)), 531)
+
+    def test_every_set_is_whole(self):
+        sizes = {one.name: len(one.members) for module in self.catalogue.modules for one in module.sets}
+        self.assertEqual(sizes, SET_SIZES)
+
+    def test_sets_of_are_sorted_and_nothing_else_is(self):
+        found = {
+            name + ("*" if name in self.named(lambda plan: plan.universal == "SEQUENCE") else "")
+            for name in self.named(lambda plan: plan.sorted)
+        }
+        self.assertEqual(found, {name for name in SORTED if name.rstrip("*") in self.names})
+
+    def test_arrays_are_those_told(self):
+        self.assertEqual(self.named(lambda plan: plan.construct == "array"), ARRAYS & self.names)
+
+    def test_sets_are_those_told(self):
+        self.assertEqual(self.named(lambda plan: plan.construct == "set"), SETS & self.names)
+
+    def test_types_that_take_their_ends_are_those_told(self):
+        self.assertEqual(self.named(lambda plan: plan.closes), CLOSING & self.names)
+
+    def test_extensible_types_are_those_told(self):
+        self.assertEqual(self.named(lambda plan: plan.extension is not None), EXTENSIBLE & self.names)
+
+    def test_tables_are_those_told(self):
+        self.assertEqual(self.named(lambda plan: plan.table is not None), TABLES & self.names)
+
+    def test_every_path_is_one_of_the_closed_list(self):
+        self.assertEqual(len(PATHS), 37)
+        found = set()
+        for text in output.generate(self.catalogue).values():
+            found.update(re.findall(r'check_(?:range|minimum)\([^"]*"([^"]*)"', text))
+        self.assertLessEqual(found, PATHS)
+        self.assertIn("pvalue->millis", found)
+
+    def test_no_type_contains_itself_but_through_a_level_that_is_counted(self):
+        nesting = self.named(lambda plan: plan.nests)
+        self.assertLessEqual(nesting, {"NestedMessageContent"})
+
+
+if __name__ == "__main__":
+    unittest.main()
