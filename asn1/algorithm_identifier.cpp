@@ -6,6 +6,7 @@
 #include "asn1/detail/bridge.h"
 #include "asn1/detail/check.h"
 #include "asn1/detail/heap.h"
+#include "asn1/detail/oid_text.h"
 #include "asn1/detail/table_constraint.h"
 #include "asn1data/codecs.h"
 #include "asn1data/control_classes.h"
@@ -95,12 +96,11 @@ CAlgorithmIdentifierEx::CAlgorithmIdentifierEx(const CAlgorithmIdentifier& other
 CAlgorithmIdentifierEx::~CAlgorithmIdentifierEx() = default;
 
 void CAlgorithmIdentifierEx::put_algorithm(const char* oid) {
-    const CStringProxy text(oid);
-    if (std::strcmp(text.c_str(), get_algorithm()) == 0) {
+    if (std::strcmp(oid != nullptr ? oid : "", get_algorithm()) == 0) {
         return;
     }
     algExtra_ = 0;
-    CAlgorithmIdentifier::put_algorithm(text.c_str());
+    CAlgorithmIdentifier::put_algorithm(oid);
 }
 
 asn1data::ASN1T_AlgorithmIdentifier* ASN1T_AlgorithmIdentifier_set(ASN1CTXT* ctxt, const char* oid,
@@ -112,7 +112,7 @@ asn1data::ASN1T_AlgorithmIdentifier* ASN1T_AlgorithmIdentifier_set(ASN1CTXT* ctx
 
 void ASN1T_AlgorithmIdentifier_get(CAlgorithmIdentifier& value,
                                    const asn1data::ASN1T_AlgorithmIdentifier& record) {
-    value.put_algorithm(toOID(record.algorithm).c_str());
+    value.put_algorithm(detail::OidText(record.algorithm).c_str());
     if (record.m.parametersPresent) {
         value.parameters_.assign(record.parameters.data, record.parameters.numocts);
     } else {

@@ -7,6 +7,7 @@
 #include "asn1/detail/bridge.h"
 #include "asn1/detail/heap.h"
 #include "asn1/detail/list_traits.h"
+#include "asn1/detail/oid_text.h"
 #include "asn1/detail/set_of_attribute.h"
 #include "asn1/detail/table_constraint.h"
 #include "asn1data/codecs.h"
@@ -163,7 +164,7 @@ void ASN1T_Attribute_traits::set(ASN1CTXT* ctxt, ASN1_T& record, const CAttribut
 }
 
 void ASN1T_Attribute_traits::get(const ASN1_T& record, CAttribute& value) {
-    CAttribute fresh(toOID(record.type).c_str());
+    CAttribute fresh(detail::OidText(record.type).c_str());
     for (const _Asn1RTDListNode* node = record.values.head; node != nullptr; node = node->next) {
         const auto& element = *static_cast<const Asn1TObject*>(node->data);
         fresh.impl_->values.emplace_back(fresh.get_oid()).value().assign(element.data, element.numocts);

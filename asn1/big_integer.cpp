@@ -37,15 +37,15 @@ Octets octets_of(const CBlob& blob) {
 }
 
 /// "0x", two digits for each octet and the terminator.
-std::size_t text_size(const CBlob& octets) {
-    return 2 * octets.cbData() + 3;
+std::size_t text_size(std::size_t octet_count) {
+    return 2 * octet_count + 3;
 }
 
-void write_text(const CBlob& octets, char* text) {
+void write_text(Octets octets, char* text) {
     static constexpr char kDigits[] = "0123456789ABCDEF";
     *text++ = '0';
     *text++ = 'x';
-    for (const unsigned char octet : octets_of(octets)) {
+    for (const unsigned char octet : octets) {
         *text++ = kDigits[octet >> 4];
         *text++ = kDigits[octet & 0x0F];
     }
@@ -161,8 +161,8 @@ void StringToBigInteger(const char* text, CBigInteger& value) {
 }
 
 void BigIntegerToString(const CBigInteger& value, CBlob& text) {
-    text.resize_to(text_size(value));
-    write_text(value, reinterpret_cast<char*>(text.pbData()));
+    text.resize_to(text_size(value.cbData()));
+    write_text(octets_of(value), reinterpret_cast<char*>(text.pbData()));
 }
 
 void ASN1StringToBigInteger(const char* text, CBigInteger& value) {
@@ -170,17 +170,17 @@ void ASN1StringToBigInteger(const char* text, CBigInteger& value) {
 }
 
 const char* BigIntegerToASN1String(ASN1CTXT* ctxt, const CBigInteger& value) {
-    char* text = static_cast<char*>(detail::allocate(ctxt, text_size(value)));
-    write_text(value, text);
+    char* text = static_cast<char*>(detail::allocate(ctxt, text_size(value.cbData())));
+    write_text(octets_of(value), text);
     return text;
 }
 
 const char* DWORDToASN1BigInteger(ASN1CTXT* ctxt, unsigned int value) {
-    CBigInteger octets(4UL);
+    unsigned char octets[4];
     for (int i = 0; i < 4; ++i) {
-        octets.pbData()[i] = static_cast<unsigned char>(value >> (24 - 8 * i));
+        octets[i] = static_cast<unsigned char>(value >> (24 - 8 * i));
     }
-    char* text = static_cast<char*>(rtMemHeapAlloc(&ctxt->typeHeap, text_size(octets)));
+    char* text = static_cast<char*>(rtMemHeapAlloc(&ctxt->typeHeap, text_size(sizeof octets)));
     if (text == nullptr) {
         throw CAtlException(E_OUTOFMEMORY);
     }

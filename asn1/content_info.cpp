@@ -3,6 +3,7 @@
 #include "asn1/detail/bridge.h"
 #include "asn1/detail/decode_record.h"
 #include "asn1/detail/heap.h"
+#include "asn1/detail/oid_text.h"
 #include "asn1/detail/table_constraint.h"
 #include "asn1data/codecs.h"
 #include "asn1data/control_classes.h"
@@ -47,7 +48,7 @@ void ASN1T_ContentInfo_traits::set(ASN1CTXT* ctxt, ASN1_T& record, const CConten
 }
 
 void ASN1T_ContentInfo_traits::get(const ASN1_T& record, CContentInfo& value) {
-    value.put_contentType(toOID(record.contentType).c_str());
+    value.put_contentType(detail::OidText(record.contentType).c_str());
     value.put_content(CBlob(record.content.data, record.content.numocts));
 }
 

@@ -6,6 +6,7 @@
 #include "asn1/detail/bridge.h"
 #include "asn1/detail/heap.h"
 #include "asn1/detail/list_traits.h"
+#include "asn1/detail/oid_text.h"
 #include "asn1/detail/table_constraint.h"
 #include "asn1data/codecs.h"
 #include "asn1data/control_classes.h"
@@ -94,7 +95,7 @@ void ASN1T_Extension_traits::set(ASN1CTXT* ctxt, ASN1_T& record, const CExtensio
 }
 
 void ASN1T_Extension_traits::get(const ASN1_T& record, CExtension& value) {
-    value.value_ = CExtValue(toOID(record.extnID).c_str());
+    value.value_ = CExtValue(detail::OidText(record.extnID).c_str());
     value.value_.value().assign(record.extnValue.data, record.extnValue.numocts);
     value.critical_ = record.critical != 0;
 }

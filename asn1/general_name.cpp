@@ -8,6 +8,7 @@
 #include "asn1/detail/check.h"
 #include "asn1/detail/heap.h"
 #include "asn1/detail/list_traits.h"
+#include "asn1/detail/oid_text.h"
 #include "asn1/detail/text.h"
 #include "asn1/name.h"
 #include "asn1data/codecs.h"
@@ -303,7 +304,7 @@ void ASN1T_GeneralName_traits::get(const ASN1_T& record, CGeneralName& value) {
             return;
         }
         case T_GeneralName_registeredID:
-            value.put_registeredID(from_code_page(toOID(*record.u.registeredID).c_str()).c_str());
+            value.put_registeredID(from_code_page(detail::OidText(*record.u.registeredID).c_str()).c_str());
             return;
         default:
             throw CAtlException(E_INVALIDARG);

@@ -7,6 +7,7 @@
 #include "asn1/detail/decode_record.h"
 #include "asn1/detail/heap.h"
 #include "asn1/detail/list_traits.h"
+#include "asn1/detail/oid_text.h"
 #include "asn1/detail/table_constraint.h"
 #include "asn1data/codecs.h"
 #include "asn1data/control_classes.h"
@@ -205,7 +206,7 @@ void ASN1T_AttributeTypeAndValue_traits::set(ASN1CTXT* ctxt, ASN1_T& record,
 }
 
 void ASN1T_AttributeTypeAndValue_traits::get(const ASN1_T& record, CAttributeTypeAndValue& value) {
-    value.put_type(toOID(record.type).c_str());
+    value.put_type(detail::OidText(record.type).c_str());
     value.put_value(CBlob(record.value.data, record.value.numocts));
 }
 

@@ -6,32 +6,33 @@
 
 #include "asn1/codec.h"
 #include "asn1/detail/check.h"
+#include "asn1/detail/oid_text.h"
+
+namespace Quillmark::detail {
+
+OidText::OidText(const ASN1OBJID& oid) {
+    const std::uint32_t count = std::min(oid.numids, ASN1_K_MAXSUBIDS);
+    char* end = text_;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        if (i != 0) {
+            *end++ = '.';
+        }
+        end = std::to_chars(end, text_ + kRoom, oid.subid[i]).ptr;
+    }
+    *end++ = '\0';
+    size_ = static_cast<std::size_t>(end - text_);
+}
+
+}  // namespace Quillmark::detail
 
 namespace Quillmark::ASN1 {
 namespace {
-
-// An arc of 32 bits has at most ten digits; a full stop or the terminator follows each.
-constexpr std::size_t kMaxText = ASN1_K_MAXSUBIDS * 11 + 1;
 
 const char* skip_blanks(const char* text) {
     while (std::isspace(static_cast<unsigned char>(*text)) != 0) {
         ++text;
     }
     return text;
-}
-
-/// Writes the dotted text and its terminator to an array of `kMaxText`; returns their length.
-std::size_t write_text(const ASN1OBJID& oid, char* text) {
-    const std::uint32_t count = std::min(oid.numids, ASN1_K_MAXSUBIDS);
-    char* end = text;
-    for (std::uint32_t i = 0; i < count; ++i) {
-        if (i != 0) {
-            *end++ = '.';
-        }
-        end = std::to_chars(end, text + kMaxText, oid.subid[i]).ptr;
-    }
-    *end++ = '\0';
-    return static_cast<std::size_t>(end - text);
 }
 
 }  // namespace
@@ -63,9 +64,8 @@ int str2oid(const char* text, ASN1OBJID* oid) {
 }
 
 int oid2str(CBlob& text, const ASN1OBJID* oid) {
-    char buffer[kMaxText];
-    const std::size_t length = write_text(*oid, buffer);
-    text.assign(reinterpret_cast<const unsigned char*>(buffer), length);
+    const detail::OidText dotted(*oid);
+    text.assign(reinterpret_cast<const unsigned char*>(dotted.c_str()), dotted.size());
     return 1;
 }
 
@@ -76,9 +76,7 @@ ASN1OBJID toASN1OBJID(const char* text) {
 }
 
 CStringProxy toOID(const ASN1OBJID& oid) {
-    char buffer[kMaxText];
-    write_text(oid, buffer);
-    return CStringProxy(buffer);
+    return CStringProxy(detail::OidText(oid).c_str());
 }
 
 void ASN1TObjId_traits::set(ASN1CTXT*, ASN1OBJID& record, const char* value) {

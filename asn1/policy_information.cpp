@@ -2,6 +2,7 @@
 
 #include "asn1/detail/bridge.h"
 #include "asn1/detail/list_traits.h"
+#include "asn1/detail/oid_text.h"
 #include "asn1data/codecs.h"
 #include "asn1data/control_classes.h"
 #include "asn1data/records.h"
@@ -43,7 +44,7 @@ void ASN1T_PolicyInformation_traits::set(ASN1CTXT* ctxt, ASN1_T& record, const C
 }
 
 void ASN1T_PolicyInformation_traits::get(const ASN1_T& record, CPolicyInformation& value) {
-    value.put_policyIdentifier(toOID(record.policyIdentifier).c_str());
+    value.put_policyIdentifier(detail::OidText(record.policyIdentifier).c_str());
 }
 
 void ASN1T_PolicyInformation_traits::copy(ASN1CTXT* ctxt, const ASN1_T& source, ASN1_T& target) {

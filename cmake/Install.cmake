@@ -27,5 +27,7 @@ write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/QuillmarkConfigVers
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/QuillmarkConfig.cmake
     ${CMAKE_CURRENT_BINARY_DIR}/QuillmarkConfigVersion.cmake DESTINATION ${package_dir})
 
+# From the folder of the .pc file up to the prefix, however deep the library folder lies.
+file(RELATIVE_PATH prefix_from_pkgconfig /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(${CMAKE_CURRENT_LIST_DIR}/quillmark-tsp.pc.in ${CMAKE_CURRENT_BINARY_DIR}/quillmark-tsp.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/quillmark-tsp.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

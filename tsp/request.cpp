@@ -66,9 +66,7 @@ void CRequest::Impl::readRequest(ASN1T_TimeStampReq& record) {
                          record.messageImprint.hashedMessage.numocts);
     certReq = record.certReq != 0;
     if (record.m.reqPolicyPresent) {
-        CStringProxy policy("");
-        ASN1TObjId_traits::get(record.reqPolicy, policy);
-        reqPolicy = std::make_unique<std::string>(policy.c_str());
+        reqPolicy = std::make_unique<std::string>(toOID(record.reqPolicy).c_str());
     }
     if (record.m.noncePresent) {
         auto received = std::make_unique<CBigInteger>();

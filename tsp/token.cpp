@@ -95,9 +95,7 @@ void CToken::Impl::fillTSTInfo(ASN1T_TSTInfo& record, ASN1CTXT* ctxt) const {
 
 void CToken::Impl::readTSTInfo(const ASN1T_TSTInfo& record) {
     version = ASN1BigIntegerToDWORD(record.version);
-    CStringProxy policy_text("");
-    ASN1TObjId_traits::get(record.policy, policy_text);
-    policy = policy_text.c_str();
+    policy = toOID(record.policy).c_str();
     ASN1T_AlgorithmIdentifier_get(hashAlgorithm, record.messageImprint.hashAlgorithm);
     hashedMessage.assign(record.messageImprint.hashedMessage.data,
                          record.messageImprint.hashedMessage.numocts);

@@ -17,6 +17,11 @@ class QUILLMARK_API CStringProxy {
     CStringProxy(const char* text);
     CStringProxy(const CStringProxy& other);
     CStringProxy& operator=(const CStringProxy& other);
+    /// Takes the text of `other`, which has the old one of this object afterwards.
+    CStringProxy& operator=(CStringProxy&& other) noexcept {
+        text_.swap(other.text_);
+        return *this;
+    }
     ~CStringProxy();
 
     /// The string's own buffer, never null. Lent: valid until assignment or the end of this object.
@@ -33,6 +38,11 @@ class QUILLMARK_API CWStringProxy {
     CWStringProxy(const wchar_t* text);
     CWStringProxy(const CWStringProxy& other);
     CWStringProxy& operator=(const CWStringProxy& other);
+    /// Takes the text of `other`, which has the old one of this object afterwards.
+    CWStringProxy& operator=(CWStringProxy&& other) noexcept {
+        text_.swap(other.text_);
+        return *this;
+    }
     ~CWStringProxy();
 
     /// The string's own buffer, never null. Lent: valid until assignment or the end of this object.
