@@ -61,7 +61,7 @@ class BlockWriter {
   private:
     void write_value(Octets value) {
         put(blobs_, CRYPT_ATTR_BLOB{.cbData = static_cast<DWORD>(value.size()), .pbData = octets_});
-        octets_ = std::ranges::copy(value, octets_).out;
+        octets_ = std::copy(value.begin(), value.end(), octets_);
     }
 
     std::uint8_t* header_;

@@ -31,7 +31,7 @@ std::uint8_t* DerWriter::extend(std::size_t size) {
     if (size > begin_) {
         const std::size_t room = std::max(2 * room_, this->size() + size);
         auto buffer = std::make_unique_for_overwrite<std::uint8_t[]>(room);
-        std::ranges::copy(written(), buffer.get() + (room - this->size()));
+        std::copy_n(buffer_.get() + begin_, this->size(), buffer.get() + (room - this->size()));
         begin_ = room - this->size();
         buffer_ = std::move(buffer);
         room_ = room;
@@ -41,7 +41,7 @@ std::uint8_t* DerWriter::extend(std::size_t size) {
 }
 
 void DerWriter::octets(Octets value) {
-    std::ranges::copy(value, extend(value.size()));
+    std::copy(value.begin(), value.end(), extend(value.size()));
 }
 
 void DerWriter::element(std::uint8_t tag, Octets content) {

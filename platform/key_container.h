@@ -13,7 +13,8 @@ struct evp_pkey_st;
 
 /// Writes a password of at most `size` octets into `buf` and gives its length, or -1 when there is none.
 /// `container` is the name that is being opened, `arg` what was given with the function. It is called in the
-/// thread that opens the container or makes the first signature, and must not throw.
+/// thread that opens the container or makes the first signature, and must neither throw nor use the
+/// container.
 typedef int (*KEY_CONTAINER_PASSWORD)(char* buf, int size, LPCSTR container, void* arg);
 
 /// Opens a container as `CryptAcquireContextA` does, with a source for its password (may be null). FALSE with

@@ -76,7 +76,7 @@ ErrorCode ParamOutput::give(Octets value) const {
     std::uint8_t* place = nullptr;
     const ErrorCode code = reserve(value.size(), place);
     if (place != nullptr) {
-        std::ranges::copy(value, place);
+        std::copy(value.begin(), value.end(), place);
     }
     return code;
 }

@@ -3,7 +3,6 @@
 #include <charconv>
 #include <cstring>
 #include <limits>
-#include <optional>
 
 namespace Quillmark::platform {
 
@@ -12,23 +11,17 @@ namespace {
 constexpr std::size_t kMaxArcDigits = 20;  // of 2^64 - 1
 constexpr std::uint64_t kMaxArc = std::numeric_limits<std::uint64_t>::max();
 
-// One subidentifier: seven bits an octet, bit 8 set in all but the last, no leading octet 80 (X.690 8.19.2).
-std::optional<std::uint64_t> take_subidentifier(Octets& content) noexcept {
-    if (content.empty() || content[0] == 0x80) {
-        return std::nullopt;
-    }
+constexpr std::size_t kMaxSubidentifierOctets = 10;  // seven bits each, so the first of ten holds one bit
+
+// One subidentifier of a well-formed identifier: seven bits an octet, bit 8 set in all but the last.
+std::uint64_t take_subidentifier(const std::uint8_t*& position) noexcept {
     std::uint64_t value = 0;
-    for (std::size_t i = 0; i < content.size(); ++i) {
-        if (value > kMaxArc >> 7) {
-            return std::nullopt;
-        }
-        value = value << 7 | (content[i] & 0x7Fu);
-        if ((content[i] & 0x80) == 0) {
-            content = content.subspan(i + 1);
-            return value;
-        }
+    bool is_last = false;
+    while (!is_last) {
+        value = value << 7 | (*position & 0x7Fu);
+        is_last = (*position++ & 0x80) == 0;
     }
-    return std::nullopt;
+    return value;
 }
 
 // The first subidentifier holds two arcs: X * 40 + Y, where X is 0 to 2 and Y below 40 unless X is 2
@@ -39,11 +32,13 @@ std::uint64_t first_arc(std::uint64_t subidentifier) {
 
 template <typename Visit>
 void for_each_arc(Octets content, Visit&& visit) {
-    const std::uint64_t first = *take_subidentifier(content);
+    const std::uint8_t* position = content.data();
+    const std::uint8_t* const end = position + content.size();
+    const std::uint64_t first = take_subidentifier(position);
     visit(first_arc(first));
     visit(first - 40 * first_arc(first));
-    while (!content.empty()) {
-        visit(*take_subidentifier(content));
+    while (position != end) {
+        visit(take_subidentifier(position));
     }
 }
 
@@ -88,13 +83,20 @@ struct TextCursor {
 }  // namespace
 
 bool is_object_id(Octets content) noexcept {
-    if (content.empty()) {
-        return false;
+    if (content.empty() || (content.back() & 0x80) != 0) {
+        return false;  // no arc, or the last one without its end
     }
-    while (!content.empty()) {
-        if (!take_subidentifier(content)) {
+    std::size_t octets = 0;  // of the subidentifier so far
+    std::uint8_t first = 0;
+    for (const std::uint8_t octet : content) {
+        first = octets == 0 ? octet : first;
+        ++octets;
+        // X.690 8.19.2: no leading octet 80.
+        if (first == 0x80 || octets > kMaxSubidentifierOctets ||
+            (octets == kMaxSubidentifierOctets && first > 0x81)) {
             return false;
         }
+        octets = (octet & 0x80) != 0 ? octets : 0;
     }
     return true;
 }

@@ -9,8 +9,10 @@
 #include <memory>
 #include <utility>
 
-#include "runtime/detail/codec_support.h"
+#include "runtime/ber_decode.h"
+#include "runtime/detail/element_encoder.h"
 #include "runtime/detail/nesting.h"
+#include "runtime/detail/record_memory.h"
 #include "runtime/message_buffer.h"
 #include "runtime/object_id.h"
 #include "runtime/value_types.h"
@@ -80,9 +82,7 @@ struct Carried {
     static ASN1CType* control(ASN1MessageBufferIF& buffer, void* record) {
         ASN1CTXT* ctxt = buffer.getCtxtPtr();
         void* block = rtMemHeapAlloc(&ctxt->typeHeap, sizeof(typename Family::Control));
-        if (block == nullptr) {
-            throw std::bad_alloc();
-        }
+        require(block != nullptr);
         return new (block) typename Family::Control(buffer, *static_cast<Record*>(record));
     }
 
@@ -127,9 +127,7 @@ struct CarriedNull {
     static ASN1CType* control(ASN1MessageBufferIF& buffer, void* record) {
         ASN1CTXT* ctxt = buffer.getCtxtPtr();
         void* block = rtMemHeapAlloc(&ctxt->typeHeap, sizeof(Control));
-        if (block == nullptr) {
-            throw std::bad_alloc();
-        }
+        require(block != nullptr);
         return new (block) Control(buffer, record);
     }
 

@@ -203,6 +203,25 @@ TEST(ProviderHandle, MayBeReleasedBetweenOpeningAMessageAndItsUpdate) {
     EXPECT_TRUE(message.update(kContent));
 }
 
+TEST(ProviderHandle, SignsInManyThreadsAtOnce) {
+    const SignRequest request{.signers = {{.name = "tsa_p256"}, {.name = "tsa_rsa2048"}}};
+    EncodeRecords records(request);
+    const Certificate certificate("tsa_p256.der");
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            for (int round = 0; round < 20; ++round) {
+                const Message message(records.open(request));
+                EXPECT_TRUE(message.update(kContent));
+                EXPECT_TRUE(message.verify(certificate.info()));
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
 TEST(ReleaseContextFlag, GivesTheProviderToTheMessage) {
     const SignRequest request{.flags = CMSG_CMS_ENCAPSULATED_CONTENT_FLAG | CMSG_CRYPT_RELEASE_CONTEXT_FLAG};
     EncodeRecords records(request);

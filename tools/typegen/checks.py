@@ -53,7 +53,8 @@ def _check_names(catalogue: Catalogue) -> None:
             name = names.identifier(member.name)
             if name in seen:
                 raise ModuleError(
-                    member.position, f"{kind} {member.name} is defined at {seen[name]} already, one name is one {kind}"
+                    member.position,
+                    f"{kind} {member.name} is defined at {seen[name]} already, one name is one {kind}",
                 )
             seen[name] = member.position
 
@@ -89,12 +90,14 @@ def _check_annotations(found: Iterable[model.Annotation], known: dict[str, int],
         if annotation.name not in known:
             raise ModuleError(
                 annotation.position,
-                f"annotation '{annotation.name}' is not known on {subject}, it can be one of {', '.join(sorted(known))}",
+                f"annotation '{annotation.name}' is not known on {subject}, it can be one of "
+                + ", ".join(sorted(known)),
             )
         if len(annotation.arguments) != known[annotation.name]:
             raise ModuleError(
                 annotation.position,
-                f"annotation '{annotation.name}' takes {known[annotation.name]} arguments, not {len(annotation.arguments)}",
+                f"annotation '{annotation.name}' takes {known[annotation.name]} arguments, "
+                f"not {len(annotation.arguments)}",
             )
         if annotation.name in seen:
             raise ModuleError(annotation.position, f"annotation '{annotation.name}' stands twice on {subject}")
@@ -189,7 +192,8 @@ def _check_implicit(element: model.Element, catalogue: Catalogue) -> None:
         return
     if isinstance(catalogue.base(element.type.type), (model.Choice, model.OpenType, model.ClassField)):
         raise ModuleError(
-            element.position, f"{element.name}: a tag on a CHOICE or open type is explicit (X.680 31.2.9), drop IMPLICIT"
+            element.position,
+            f"{element.name}: a tag on a CHOICE or open type is explicit (X.680 31.2.9), drop IMPLICIT",
         )
 
 
@@ -224,7 +228,8 @@ def _check_distinct(kind: model.Type, module: model.Module, planner: Planner) ->
         for tag in tags:
             if tag in seen:
                 raise ModuleError(
-                    element.position, f"{element.name} begins with the same tag as {seen[tag]}, give one a context tag"
+                    element.position,
+                    f"{element.name} begins with the same tag as {seen[tag]}, give one a context tag",
                 )
             seen[tag] = element.name
 
@@ -281,7 +286,9 @@ def _check_table(assignment: model.TypeAssignment, catalogue: Catalogue) -> None
         if identifier is not None:
             found = before.get(identifier)
             if found is None:
-                raise ModuleError(element.position, f"the identifier {identifier} does not stand in front of {element.name}")
+                raise ModuleError(
+                    element.position, f"the identifier {identifier} does not stand in front of {element.name}"
+                )
             if not isinstance(catalogue.base(found.type), model.ObjectIdentifier):
                 raise ModuleError(found.position, f"{identifier} decides a type, so it must be an OBJECT IDENTIFIER")
         before[element.name] = element
@@ -325,7 +332,9 @@ def _check_object(one: model.InformationObject, catalogue: Catalogue) -> None:
     if found is None:
         raise ModuleError(one.position, f"class {one.object_class} is not defined")
     if one.type is None and not found.type_optional:
-        raise ModuleError(one.position, f"object {one.name} needs a &{found.type_field}, which its class does not make OPTIONAL")
+        raise ModuleError(
+            one.position, f"object {one.name} needs a &{found.type_field}, which its class does not make OPTIONAL"
+        )
     if one.type is not None and catalogue.type(one.type) is None:
         if not catalogue.is_expected(names.identifier(one.type)):
             raise ModuleError(
@@ -344,10 +353,16 @@ def _check_members(one: model.ObjectSet, catalogue: Catalogue) -> None:
         if found is None:
             raise ModuleError(one.position, f"set {one.name} names object {name}, which is not defined")
         if found.object_class != one.object_class:
-            raise ModuleError(one.position, f"set {one.name} is of class {one.object_class}, {name} of {found.object_class}")
+            raise ModuleError(
+                one.position, f"set {one.name} is of class {one.object_class}, {name} of {found.object_class}"
+            )
         if found.arcs is None:
-            raise ModuleError(one.position, f"object {name} has no identifier, so that set {one.name} could never find it")
+            raise ModuleError(
+                one.position, f"object {name} has no identifier, so that set {one.name} could never find it"
+            )
         arcs = catalogue.arcs(found.arcs)
         if arcs in seen:
-            raise ModuleError(one.position, f"{name} has the identifier of {seen[arcs]}, set {one.name} would never find it")
+            raise ModuleError(
+                one.position, f"{name} has the identifier of {seen[arcs]}, set {one.name} would never find it"
+            )
         seen[arcs] = name

@@ -427,16 +427,19 @@ def _element_functions(plan: Plan) -> str:
     if check:
         decode = _then_check(read, check)
     context = "ASN1CTXT* ctxt"
+    place = f"{value.cpp}* pvalue"
     free = value.free("*pvalue")
     copy = value.copy("*src", "*dst")
     functions = [
         _function(
-            f"int encode_element_of_{name}({context}, {value.cpp}* pvalue, {tagging})",
+            f"int encode_element_of_{name}({context}, {place}, {tagging})",
             _early_check(check) + f"return {value.encode('*pvalue', 'tagging')};",
         ),
-        _function(f"int decode_element_of_{name}({context}, {value.cpp}* pvalue, {tagging}, {length})", decode),
-        _function(f"void free_element_of_{name}({_used(context, free)}, {_used(f'{value.cpp}* pvalue', free)})", free or ""),
-        _function(f"void copy_element_of_{name}({_used(context, 'ctxt' in copy)}, {value.cpp}* src, {value.cpp}* dst)", copy),
+        _function(f"int decode_element_of_{name}({context}, {place}, {tagging}, {length})", decode),
+        _function(f"void free_element_of_{name}({_used(context, free)}, {_used(place, free)})", free or ""),
+        _function(
+            f"void copy_element_of_{name}({_used(context, 'ctxt' in copy)}, {value.cpp}* src, {value.cpp}* dst)", copy
+        ),
     ]
     return "namespace {\n\n" + "\n\n".join(functions) + "\n\n}  // namespace"
 
@@ -576,6 +579,9 @@ def _record_members(plan: Plan) -> str:
     record, control = plan.record, names.control(plan.name)
     head = signature(f"{record}::{record}", [f"{control}& source"], f"{record}()")
     members = [f"{head} {{\n    source.getCopy(this);\n}}"]
+    if plan.construct in ("sequence", "set"):
+        absent = "\n".join(f"m.{field.present} = 0;" for field in plan.fields if field.present)
+        members.insert(0, _function(f"{record}::{record}()", absent))
     if plan.frees:
         release = _block("!mpContext.isNull()", f"{names.function('Free', plan.name)}(mpContext, this);")
         members.append(f"{record}::~{record}() {{\n{_indent(release)}\n}}")

@@ -37,7 +37,7 @@ _SEQUENCE = """
         $presence
         $fields
 
-        $record() {$constructor}
+        $record();
         $members
     };
 """
@@ -130,14 +130,14 @@ def in_dependency_order(plans: list[Plan]) -> list[Plan]:
 def _embedded(plan: Plan) -> list[str]:
     if plan.construct == "alias":
         return [plan.base]
+    families = [
+        (field, field.value.name) for field in plan.fields if isinstance(field.value, values.Family) and field.value.cpp
+    ]
     if plan.construct == "choice":
         # Pointers to structures need no more than the forward declaration; type names of values do.
-        return [
-            field.value.name for field in plan.fields
-            if isinstance(field.value, values.Family) and not field.value.constructed and field.value.cpp
-        ] if plan.fields else []
+        return [name for field, name in families if not field.value.constructed]
     if plan.construct in ("sequence", "set"):
-        return [field.value.name for field in plan.fields if isinstance(field.value, values.Family) and field.value.cpp]
+        return [name for _, name in families]
     if plan.construct == "array" and isinstance(plan.value, values.Family):
         return [plan.value.name]
     return []
@@ -192,12 +192,10 @@ def _sequence(plan: Plan) -> str:
     fields = [text for field in plan.fields if (text := _declaration(field))]
     if plan.extension:
         fields.append(f"ASN1TSeqOfList {plan.extension}{{}};  ///< elements behind the extension marker")
-    constructor = "".join(f"\n        m.{bit} = 0;" for bit in bits)
-    text = fill(
+    return fill(
         _SEQUENCE, remark=_remark(plan), record=plan.record, presence=presence, fields="\n".join(fields),
-        constructor=constructor + ("\n    " if bits else ""), members=_members(plan),
+        members=_members(plan),
     )
-    return text
 
 
 def _declaration(field: Field) -> str:
@@ -228,11 +226,6 @@ def _choice(plan: Plan) -> str:
         _CHOICE, selectors="\n".join(selectors), remark=_remark(plan), record=plan.record,
         type=names.identifier(plan.name), union=union, members=_members(plan),
     )
-
-
-def alternative_type(field: Field) -> str:
-    """The type that an alternative is, or points to."""
-    return field.value.cpp
 
 
 def _alternative(field: Field) -> str:

@@ -78,6 +78,11 @@ void asn1Copy_ShapePoint(ASN1CTXT* ctxt, ASN1T_ShapePoint* src, ASN1T_ShapePoint
     }
 }
 
+ASN1T_ShapePoint::ASN1T_ShapePoint() {
+    m.labelPresent = 0;
+    m.weightPresent = 0;
+}
+
 ASN1T_ShapePoint::ASN1T_ShapePoint(ASN1C_ShapePoint& source) : ASN1T_ShapePoint() {
     source.getCopy(this);
 }
@@ -403,6 +408,8 @@ void asn1Copy_ShapeDrawing(ASN1CTXT* ctxt, ASN1T_ShapeDrawing* src, ASN1T_ShapeD
                  dst->figure);
     copy_value(ctxt, src->figure, dst->figure);
 }
+
+ASN1T_ShapeDrawing::ASN1T_ShapeDrawing() {}
 
 ASN1T_ShapeDrawing::ASN1T_ShapeDrawing(ASN1C_ShapeDrawing& source) : ASN1T_ShapeDrawing() {
     source.getCopy(this);

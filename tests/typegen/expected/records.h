@@ -34,10 +34,7 @@ struct ASN1T_ShapePoint : ASN1TPDU {
     uint8_t visible = 1;
     const char* weight = nullptr;
 
-    ASN1T_ShapePoint() {
-        m.labelPresent = 0;
-        m.weightPresent = 0;
-    }
+    ASN1T_ShapePoint();
     explicit ASN1T_ShapePoint(ASN1C_ShapePoint& source);
     ASN1T_ShapePoint(const ASN1T_ShapePoint&) = delete;
     ASN1T_ShapePoint& operator=(const ASN1T_ShapePoint&) = default;
@@ -81,7 +78,7 @@ struct ASN1T_ShapeDrawing : ASN1TPDU {
     ASN1TObjId id;
     Asn1TObject figure;
 
-    ASN1T_ShapeDrawing() {}
+    ASN1T_ShapeDrawing();
     explicit ASN1T_ShapeDrawing(ASN1C_ShapeDrawing& source);
     ASN1T_ShapeDrawing(const ASN1T_ShapeDrawing&) = delete;
     ASN1T_ShapeDrawing& operator=(const ASN1T_ShapeDrawing&) = default;
