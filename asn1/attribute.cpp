@@ -10,6 +10,7 @@
 #include "asn1/detail/oid_text.h"
 #include "asn1/detail/set_of_attribute.h"
 #include "asn1/detail/table_constraint.h"
+#include "asn1/detail/text.h"
 #include "asn1data/codecs.h"
 #include "asn1data/control_classes.h"
 #include "asn1data/records.h"
@@ -60,7 +61,7 @@ bool operator!=(const CAttrValue& left, const CAttrValue& right) {
 CAttribute::CAttribute() : impl_(std::make_unique<Impl>()) {}
 
 CAttribute::CAttribute(const char* oid) : CAttribute() {
-    impl_->oid = oid == nullptr ? "" : oid;
+    impl_->oid = detail::or_empty(oid);
 }
 
 CAttribute::CAttribute(const CAttribute& other) : impl_(std::make_unique<Impl>(*other.impl_)) {}
@@ -128,8 +129,8 @@ bool operator!=(const CAttribute& left, const CAttribute& right) {
 }
 
 CAttributes::iterator CAttributes::find(const char* oid) {
-    return std::find_if(begin(), end(), [oid](const CAttribute& attribute) {
-        return std::strcmp(attribute.get_oid(), oid) == 0;
+    return std::find_if(begin(), end(), [wanted = detail::or_empty(oid)](const CAttribute& attribute) {
+        return std::strcmp(attribute.get_oid(), wanted) == 0;
     });
 }
 

@@ -2,6 +2,7 @@
 #include <cwchar>
 
 #include "asn1/detail/check.h"
+#include "asn1/detail/text.h"
 #include "asn1/name.h"
 
 namespace Quillmark::ASN1 {
@@ -23,7 +24,7 @@ constexpr const wchar_t* kHexMarker = L"#";
 }  // namespace
 
 CATAVRegister::CATAVRegister(const char* oid, const wchar_t* name, StringType type, unsigned long maxLength)
-    : oid_(oid), name_(name), type_(type), maxLength_(maxLength) {
+    : oid_(detail::or_empty(oid)), name_(detail::or_empty(name)), type_(type), maxLength_(maxLength) {
     rows().push_back(*this);
 }
 
@@ -71,23 +72,25 @@ const std::list<CATAVRegister>& CATAVRegister::registered() {
 }
 
 CATAVRegister::const_iterator CATAVRegister::find(const char* oid) {
-    return std::find_if(registered().begin(), registered().end(),
-                        [oid](const CATAVRegister& row) { return row.oid_ == oid; });
+    return std::find_if(
+        registered().begin(), registered().end(),
+        [wanted = detail::or_empty(oid)](const CATAVRegister& row) { return row.oid_ == wanted; });
 }
 
 CATAVRegister::const_iterator CATAVRegister::find(const wchar_t* name) {
-    return std::find_if(registered().begin(), registered().end(),
-                        [name](const CATAVRegister& row) { return row.name_ == name; });
+    return std::find_if(
+        registered().begin(), registered().end(),
+        [wanted = detail::or_empty(name)](const CATAVRegister& row) { return row.name_ == wanted; });
 }
 
 std::wstring CATAVRegister::typeToStr(const char* oid) {
     const const_iterator row = find(oid);
-    return row == registered().end() ? towstring(oid) : row->name_;
+    return row == registered().end() ? towstring(detail::or_empty(oid)) : row->name_;
 }
 
 std::string CATAVRegister::typeFromStr(const wchar_t* name) {
     const const_iterator row = find(name);
-    return row == registered().end() ? tostring(name) : row->oid_;
+    return row == registered().end() ? tostring(detail::or_empty(name)) : row->oid_;
 }
 
 std::wstring CATAVRegister::valueToStr(const char* oid, const CBlob& value) {
@@ -101,12 +104,12 @@ CBlob CATAVRegister::valueFromStr(const char* oid, const wchar_t* text, StringTy
     const const_iterator row = find(oid);
     if (row == registered().end()) {
         // Intended: the marker is not looked at.
-        const std::wstring digits = std::wstring(text).substr(1);
+        const std::wstring digits = std::wstring(detail::or_empty(text)).substr(1);
         CBlob der;
         der.readFromHexString(tostring(digits.c_str()).c_str());
         return der;
     }
-    detail::check_argument(std::wcslen(text) <= row->maxLength_);
+    detail::check_argument(std::wcslen(detail::or_empty(text)) <= row->maxLength_);
     return encodeCharString(text, type == StringTypeDefault ? row->type_ : type);
 }
 
@@ -117,6 +120,7 @@ CAttributeTypeAndValue CATAVRegister::makeATAV(const wchar_t* type, const wchar_
 }
 
 CAttributeTypeAndValue CATAVRegister::makeATAV(const wchar_t* text, StringType stringType) {
+    text = detail::or_empty(text);
     const wchar_t* separator = std::wcschr(text, L'=');
     detail::check_argument(separator != nullptr);
     const std::wstring type(text, separator);

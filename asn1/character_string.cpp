@@ -214,7 +214,7 @@ CWStringProxy decodeCharString(const CBlob& der) {
 }
 
 CBlob encodeCharString(const wchar_t* text, StringType type) {
-    const std::wstring copy(text);
+    const std::wstring copy(detail::or_empty(text));
     ctxt_handle handle;
     if (!handle.init()) {
         throw CAtlException(CRYPT_E_ASN1_MEMORY);
@@ -226,7 +226,7 @@ CBlob encodeCharString(const wchar_t* text, StringType type) {
 }
 
 void ASN1UTF8String_traits::set(ASN1CTXT* ctxt, const char*& record, const wchar_t* value) {
-    record = detail::to_utf8(ctxt, value, E_INVALIDARG);
+    record = detail::to_utf8(ctxt, detail::or_empty(value), E_INVALIDARG);
 }
 
 void ASN1UTF8String_traits::get(const char* const& record, CWStringProxy& value) {

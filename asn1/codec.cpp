@@ -6,6 +6,7 @@
 #include "asn1/detail/check.h"
 #include "asn1/detail/heap.h"
 #include "asn1/detail/list_traits.h"
+#include "asn1/detail/text.h"
 #include "runtime/ber_decode.h"
 #include "runtime/copy.h"
 #include "runtime/der_encode.h"
@@ -118,7 +119,7 @@ void ASN1TDynBitStr_traits::copy(ASN1CTXT* ctxt, const ASN1TDynBitStr& source, A
 }
 
 void ASN1IA5String_traits::set(ASN1CTXT* ctxt, const char*& record, const char* value) {
-    record = detail::copy_text(ctxt, value);
+    record = detail::copy_text(ctxt, detail::or_empty(value));
 }
 
 void ASN1IA5String_traits::get(const char* const& record, CStringProxy& value) {

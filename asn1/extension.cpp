@@ -8,6 +8,7 @@
 #include "asn1/detail/list_traits.h"
 #include "asn1/detail/oid_text.h"
 #include "asn1/detail/table_constraint.h"
+#include "asn1/detail/text.h"
 #include "asn1data/codecs.h"
 #include "asn1data/control_classes.h"
 #include "asn1data/records.h"
@@ -53,8 +54,8 @@ void CExtension::decode(const CBlob& der) {
 }
 
 CExtensions::iterator CExtensions::find(const char* oid) {
-    return std::find_if(begin(), end(), [oid](const CExtension& extension) {
-        return std::strcmp(extension.get_extnID(), oid) == 0;
+    return std::find_if(begin(), end(), [wanted = detail::or_empty(oid)](const CExtension& extension) {
+        return std::strcmp(extension.get_extnID(), wanted) == 0;
     });
 }
 

@@ -9,6 +9,7 @@
 #include "asn1/detail/list_traits.h"
 #include "asn1/detail/oid_text.h"
 #include "asn1/detail/table_constraint.h"
+#include "asn1/detail/text.h"
 #include "asn1data/codecs.h"
 #include "asn1data/control_classes.h"
 #include "asn1data/records.h"
@@ -159,7 +160,8 @@ std::wstring CRelativeDistinguishedName::toString() const {
 }
 
 void CRelativeDistinguishedName::fromString(const wchar_t* text) {
-    split(text, L'+', [this](const wchar_t* piece) { emplace_back(piece, StringTypeDefault); });
+    split(detail::or_empty(text), L'+',
+          [this](const wchar_t* piece) { emplace_back(piece, StringTypeDefault); });
 }
 
 CBlob CRelativeDistinguishedName::encode() const {
@@ -179,7 +181,7 @@ std::wstring CName::toString() const {
 }
 
 void CName::fromString(const wchar_t* text) {
-    split(text, L',', [this](const wchar_t* piece) { emplace_back(piece); });
+    split(detail::or_empty(text), L',', [this](const wchar_t* piece) { emplace_back(piece); });
 }
 
 CBlob CName::encode() const {

@@ -66,7 +66,7 @@ constexpr DigestRow kDigests[] = {
 constinit std::array<std::atomic<EVP_MD*>, std::size(kDigests)> fetched{};
 
 MdPointer fetch(const char* name) {
-    const ErrorQueueMark mark;
+    const LibcryptoScope scope;
     return MdPointer(EVP_MD_fetch(nullptr, name, nullptr));
 }
 

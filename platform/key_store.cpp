@@ -76,7 +76,7 @@ SecretText::~SecretText() {
 
 std::vector<std::shared_ptr<const PrivateKey>> load_private_keys(const std::string& name,
                                                                  const PasswordSource& password) {
-    const ErrorQueueMark mark;
+    const LibcryptoScope scope;
     Questions asked{password};
     const UiMethodPointer ui(UI_UTIL_wrap_read_pem_callback(answer_password, 0));
     if (ui == nullptr) {

@@ -54,7 +54,7 @@ ErrorCode Message::verify(const CERT_INFO& certificate) const {
 
 ErrorCode EncodedMessage::take(Octets data) {
     const std::optional<SignedDataEncoder> encoder = std::exchange(encoder_, std::nullopt);
-    const ErrorQueueMark mark;
+    const LibcryptoScope scope;
     encoded_ = encoder->build(data);
     if (encoded_->size() > 0xFFFFFFFFu) {
         throw Failure{CRYPT_E_ASN1_LARGE};
@@ -155,7 +155,7 @@ HCRYPTMSG CryptMsgOpenToEncode(DWORD dwMsgEncodingType, DWORD dwFlags, DWORD dwM
     answer([&] {
         check_open_to_encode(dwMsgEncodingType, dwFlags, dwMsgType, pvMsgEncodeInfo, pStreamInfo);
         const auto& info = *static_cast<const CMSG_SIGNED_ENCODE_INFO*>(pvMsgEncodeInfo);
-        const ErrorQueueMark mark;
+        const LibcryptoScope scope;
         auto message =
             std::make_shared<EncodedMessage>(SignedDataEncoder(dwFlags, info, pszInnerContentObjID));
         const bool release = (dwFlags & CMSG_CRYPT_RELEASE_CONTEXT_FLAG) != 0;

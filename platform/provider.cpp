@@ -18,7 +18,7 @@ int no_password(char*, int) {
 
 // Keys of a module are found by the stores once it is loaded; the default provider stays in use beside it.
 void load_module(const char* name) {
-    const ErrorQueueMark mark;
+    const LibcryptoScope scope;
     if (OSSL_PROVIDER_try_load(nullptr, name, 1) == nullptr) {
         throw Failure{NTE_PROVIDER_DLL_FAIL};
     }
@@ -26,8 +26,10 @@ void load_module(const char* name) {
 
 std::shared_ptr<KeyContainer> open_container(const char* container, const char* module, DWORD flags,
                                              PasswordSource password) {
-    const bool is_without_keys = (flags & CRYPT_VERIFYCONTEXT) != 0;
-    if ((flags & ~kKnownFlags) != 0 || (is_without_keys && container != nullptr)) {
+    const DWORD verification = flags & CRYPT_VERIFYCONTEXT;  // one flag of four bits
+    const bool is_without_keys = verification == CRYPT_VERIFYCONTEXT;
+    if ((flags & ~kKnownFlags) != 0 || (verification != 0 && !is_without_keys) ||
+        (is_without_keys && container != nullptr)) {
         throw Failure{NTE_BAD_FLAGS};
     }
     if (module != nullptr) {
@@ -109,7 +111,7 @@ BOOL KeyContainerFromKey(HCRYPTPROV* phProv, struct evp_pkey_st* key) {
         if (key == nullptr) {
             throw Failure{E_INVALIDARG};
         }
-        const ErrorQueueMark mark;
+        const LibcryptoScope scope;
         return std::make_shared<KeyContainer>(std::make_shared<PrivateKey>(share(key)));
     });
 }

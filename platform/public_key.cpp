@@ -103,7 +103,7 @@ KeyDecoder& decoder_for(KeyKind kind) {
     refuse();
 }
 
-// Never destroyed: static objects of the application may still verify at the end of the process.
+// Never destroyed: static objects of the application may still ask for keys at the end of the process.
 PublicKeyCache& cache() {
     static PublicKeyCache& the_cache = *new PublicKeyCache;
     return the_cache;

@@ -174,10 +174,12 @@ Bytes computed_hash(const SignedData& data, const SignerInfo& signer) {
     if (!data.has_content) {
         throw Failure{CRYPT_E_MSG_ERROR};
     }
+    const LibcryptoScope scope;
     return digest_of(signer).of(data.digested);
 }
 
 void verify_signature(const SignedData& data, const CERT_INFO& certificate) {
+    const LibcryptoScope scope;
     const SignerInfo& signer = find_signer(data, certificate);
     if (!data.has_content) {
         throw Failure{CRYPT_E_MSG_ERROR};
@@ -185,7 +187,6 @@ void verify_signature(const SignedData& data, const CERT_INFO& certificate) {
     const Digest digest = digest_of(signer);
     check_attributes(data, signer, digest);
 
-    const ErrorQueueMark mark;
     KeyPointer key = find_public_key(certificate.SubjectPublicKeyInfo);
     const Bytes key_oid = object_id_from_text(certificate.SubjectPublicKeyInfo.Algorithm.pszObjId);
     const AlgorithmIdentifier key_algorithm{

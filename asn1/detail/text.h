@@ -10,6 +10,14 @@
 
 namespace Quillmark::detail {
 
+/// A null text stands for the empty one.
+inline const char* or_empty(const char* text) {
+    return text == nullptr ? "" : text;
+}
+inline const wchar_t* or_empty(const wchar_t* text) {
+    return text == nullptr ? L"" : text;
+}
+
 /// To the system's ANSI code page; nothing when the platform cannot, which then has a last error.
 std::optional<std::string> narrow(const wchar_t* text);
 /// From the system's ANSI code page.

@@ -1,12 +1,15 @@
 #pragma once
 
-// Owners of libcrypto objects.
+// Owners of libcrypto objects, and the scope that they are used in.
 
+#include <openssl/crypto.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
 
 #include <memory>
 #include <new>
+
+#include "platform/detail/error_code.h"
 
 namespace Quillmark::platform {
 
@@ -35,13 +38,22 @@ inline KeyPointer share(EVP_PKEY* key) {
     return KeyPointer(key);
 }
 
-/// Drops the errors that libcrypto queues in its scope, so that the queue of the application stays as it was.
-class ErrorQueueMark {
+/// A scope that uses libcrypto. The errors that libcrypto queues in it are dropped at its end, so that the
+/// queue of the application stays as it was. Throws `E_FAIL` when libcrypto has cleaned up behind itself,
+/// which it does at the end of the process and before static objects that are older: they may still sign,
+/// verify or open keys then, and libcrypto would follow pointers to what is gone. Freeing its objects stays
+/// safe.
+class LibcryptoScope {
   public:
-    ErrorQueueMark() { ERR_set_mark(); }
-    ErrorQueueMark(const ErrorQueueMark&) = delete;
-    ErrorQueueMark& operator=(const ErrorQueueMark&) = delete;
-    ~ErrorQueueMark() { ERR_pop_to_mark(); }
+    LibcryptoScope() {
+        if (OPENSSL_init_crypto(0, nullptr) == 0) {
+            throw Failure{E_FAIL};
+        }
+        ERR_set_mark();
+    }
+    LibcryptoScope(const LibcryptoScope&) = delete;
+    LibcryptoScope& operator=(const LibcryptoScope&) = delete;
+    ~LibcryptoScope() { ERR_pop_to_mark(); }
 };
 
 }  // namespace Quillmark::platform

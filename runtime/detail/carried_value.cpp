@@ -3,12 +3,18 @@
 #include <algorithm>
 
 #include "runtime/der_encode.h"
+#include "runtime/detail/record_memory.h"
 
 namespace Quillmark::detail {
 
 int open_octets(ASN1CTXT* ctxt, const ASN1OpenType& value) {
     if (value.numocts > INT32_MAX) {
         return RT_E_INVLEN;
+    }
+    // What a value lends must outlive it. Octets outside the message are a block that is freed with the
+    // record.
+    if (!in_message(ctxt, value.data)) {
+        ctxt->flags &= static_cast<uint16_t>(~RT_F_FASTCOPY);
     }
     return xd_setp(ctxt, value.data, static_cast<int>(value.numocts), nullptr, nullptr);
 }

@@ -134,7 +134,9 @@ int decode_carried_list(ASN1CTXT* ctxt, const Object* object,
                         int (Object::*decode)(ASN1CTXT*, Asn1TObject&) const, const ASN1TSeqOfList& list) {
     int status = RT_OK;
     for (const _Asn1RTDListNode* node = list.head; node != nullptr && status == RT_OK; node = node->next) {
-        status = decode_carried(ctxt, object, decode, *element_of<Asn1TObject>(node));
+        if (node->data != nullptr) {
+            status = decode_carried(ctxt, object, decode, *element_of<Asn1TObject>(node));
+        }
     }
     return status;
 }

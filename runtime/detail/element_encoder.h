@@ -49,7 +49,8 @@ inline int check_minimum(ASN1CTXT* ctxt, uint32_t value, uint32_t low, const cha
     return value >= low ? RT_OK : constraint_violation(ctxt, value, path);
 }
 
-/// Octets of a text, characters of a UTF-8 text; a null text and one that is no UTF-8 have none.
+/// Octets of a text, characters of a UTF-8 text. A null text has none, one that is no UTF-8 more than any
+/// bound.
 uint32_t text_length(const char* text);
 uint32_t utf8_length(const char* text);
 

@@ -6,15 +6,11 @@
 
 namespace Quillmark::detail {
 
-namespace {
-
 bool in_message(const ASN1CTXT* ctxt, const void* block) {
     const auto* octet = static_cast<const uint8_t*>(block);
     return ctxt->buffer.data != nullptr && octet >= ctxt->buffer.data &&
            octet < ctxt->buffer.data + ctxt->buffer.size;
 }
-
-}  // namespace
 
 void free_block(ASN1CTXT* ctxt, const void* block) {
     if (block != nullptr && !in_message(ctxt, block) && rtMemHeapCheckPtr(&ctxt->typeHeap, block) != 0) {

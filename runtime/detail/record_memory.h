@@ -35,6 +35,9 @@ Record* make_record_or_throw(ASN1CTXT* ctxt) {
     return record;
 }
 
+/// Whether `block` begins in the message of the context.
+bool in_message(const ASN1CTXT* ctxt, const void* block);
+
 /// Frees a block of the heap unless it lies in the message, as `RT_F_FASTCOPY` has it.
 void free_block(ASN1CTXT* ctxt, const void* block);
 

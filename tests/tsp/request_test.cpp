@@ -109,6 +109,7 @@ TEST(CRequest, EncodesAnEmptyHash) {
     EXPECT_EQ(back.get_hashedMessage().cbData(), 0u);
 }
 
+// Intended: an empty list is never written, as it has at least one element on the wire.
 TEST(CRequest, LeavesAnEmptyExtensionListOut) {
     CRequest request = small_request();
     const CExtensions none;
@@ -204,6 +205,7 @@ const AcceptedCase kAccepted[] = {
     {.name = "LongFormLength",
      .ber = "30 82 00 0e 02 01 01 30 09 30 04 06 02 2a 03 04 01 aa",
      .der = kSmallest},
+    // Intended: the request need not fill the blob.
     {.name = "TrailingOctets",
      .ber = "30 0e 02 01 01 30 09 30 04 06 02 2a 03 04 01 aa 30 03 02",
      .der = kSmallest},
@@ -211,6 +213,7 @@ const AcceptedCase kAccepted[] = {
     {.name = "ExplicitFalse",
      .ber = "30 11 02 01 01 30 09 30 04 06 02 2a 03 04 01 aa 01 01 00",
      .der = kSmallest},
+    // Intended: the form bit of the tag is not looked at.
     {.name = "PrimitiveExtensionsTag",
      .ber = "30 1d 02 01 01 30 09 30 04 06 02 2a 03 04 01 aa 80 0d 30 0b 06 02 2a 05 01 01 ff 04 02 05 00",
      .der = "30 1d 02 01 01 30 09 30 04 06 02 2a 03 04 01 aa a0 0d 30 0b 06 02 2a 05 01 01 ff 04 02 05 00"},
@@ -281,6 +284,7 @@ TEST(CRequest, FailedDecodeLeavesInitialValues) {
     expect_initial_values(request);
 }
 
+// Intended: this code is the request's own, other classes have others.
 TEST(CRequest, RefusesAnEmptyBlobAndChangesNothing) {
     CRequest request = full_request();
     EXPECT_CODE(CRYPT_E_ASN1_EOD, request.decode(CBlob()));

@@ -54,6 +54,7 @@ CPKIStatusInfo rejection() {
     return status;
 }
 
+// Intended: a response must be told that it grants.
 TEST(CResponse, StartsAsARejectionWithoutToken) {
     const CResponse response;
     EXPECT_EQ(response.get_status().get_pkiStatus(), PKIStatus_rejection);
@@ -239,6 +240,7 @@ TEST(CResponse, FailedDecodeLeavesARejection) {
     EXPECT_EQ(response.get_status().get_pkiStatus(), PKIStatus_rejection);
 }
 
+// Intended: this code is the response's own, other classes have others.
 TEST(CResponse, RefusesAnEmptyBlobAndChangesNothing) {
     CResponse response = decoded(response_with(sample_token()));
     EXPECT_CODE(E_INVALIDARG, response.decode(CBlob()));

@@ -141,6 +141,7 @@ TEST(CTokenDecode, RefusesContentThatBeginsLikeAnOctetStringAndIsNone) {
     EXPECT_CODE(CRYPT_E_ASN1_INTERNAL, decoded(sample_token()));
 }
 
+// Intended: what is signed is what is read.
 TEST(CTokenDecode, TakesTheContentFromTheServiceAndNotFromTheInput) {
     MessageService service;
     service.answer(CMSG_CONTENT_PARAM, test::sample_tst_info(element(0x02, "2a")));
@@ -151,6 +152,7 @@ TEST(CTokenDecode, TakesTheContentFromTheServiceAndNotFromTheInput) {
 
 // Algorithms that the service does not know
 
+// Intended: what the service does not know hinders verifying alone.
 TEST(CTokenDecode, AnUnknownDigestAlgorithmCanBeReadButNotVerified) {
     TokenParts parts;
     parts.digest_algorithm = kUnknownAlgorithm;
@@ -187,6 +189,7 @@ struct RefusedCase {
 
 class RefusedToken : public testing::TestWithParam<RefusedCase> {};
 
+// Intended: the bytes are kept before anything of them is checked.
 TEST_P(RefusedToken, ThrowsItsCodeAndKeepsTheBytes) {
     MessageService service;
     CToken token = decoded(sample_token());
@@ -369,6 +372,7 @@ TEST(CTokenVerify, NeedsASignedOrDecodedToken) {
     EXPECT_CODE(E_FAIL, CToken().verify(blob("30 00")));
 }
 
+// Intended: no failure, the signature just does not hold.
 TEST(CTokenVerify, IsFalseForTwoSigners) {
     EXPECT_FALSE(decoded(sample_token(with_signers(2))).verify(blob("30 00")));
 }

@@ -235,10 +235,10 @@ def _decode_value(plan: Plan) -> str:
     return _then_check(read, check)
 
 
-def _then_check(read: str, check: values.Check) -> str:
+def _then_check(read: str, check: values.Check, failure: str = "recorded(ctxt, status)") -> str:
     """Reads, and holds what was read against its constraint."""
     return (
-        f"const int status = {read};\nif (status != RT_OK) {{\n    return recorded(ctxt, status);\n}}\n"
+        f"const int status = {read};\nif (status != RT_OK) {{\n    return {failure};\n}}\n"
         f"return {_free_check(check)};"
     )
 
@@ -398,7 +398,8 @@ def _decode_list(plan: Plan) -> str:
     )
     if plan.size is None:
         return f"return {read};"
-    return _then_check(read, plan.size)
+    # Lists and arrays have recorded of their failures what is to be recorded.
+    return _then_check(read, plan.size, failure="status")
 
 
 # Functions of list elements that have no family of their own

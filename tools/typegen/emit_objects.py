@@ -198,8 +198,7 @@ def objects_header(catalogue: model.Catalogue) -> str:
 
 def _class(one: model.ObjectClass) -> str:
     return fill(
-        _CLASS, notation=one.name,
-        name=names.identifier(one.name), field=one.type_field,
+        _CLASS, notation=one.name, name=names.identifier(one.name), field=one.type_field,
         presence="uint8_t m;  ///< bit 1: carries a type" if one.type_optional else "",
         presence_parameter=", uint8_t present" if one.type_optional else "",
         presence_argument=", 0xFF" if one.type_optional else "",
@@ -208,7 +207,8 @@ def _class(one: model.ObjectClass) -> str:
 
 def _class_source(one: model.ObjectClass) -> str:
     return fill(
-        _CLASS_SOURCE, presence_member="m(present), " if one.type_optional else "", name=names.identifier(one.name), field=one.type_field,
+        _CLASS_SOURCE, name=names.identifier(one.name), field=one.type_field,
+        presence_member="m(present), " if one.type_optional else "",
         presence_parameter=", uint8_t present" if one.type_optional else "",
     )
 

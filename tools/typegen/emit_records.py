@@ -134,8 +134,8 @@ def _embedded(plan: Plan) -> list[str]:
         (field, field.value.name) for field in plan.fields if isinstance(field.value, values.Family) and field.value.cpp
     ]
     if plan.construct == "choice":
-        # Pointers to structures need no more than the forward declaration; type names of values do.
-        return [name for field, name in families if not field.value.constructed]
+        # A pointer to a record needs no more than its forward declaration; the name of a value must be there.
+        return [name for field, name in families if not field.value.is_record]
     if plan.construct in ("sequence", "set"):
         return [name for _, name in families]
     if plan.construct == "array" and isinstance(plan.value, values.Family):

@@ -297,6 +297,7 @@ class Family(Value):
     name: str = ""
     frees: bool = False
     is_null: bool = False
+    is_record: bool = True
 
     def encode(self, lvalue: str, tagging: str) -> str:
         place = "nullptr" if self.is_null else names.address(lvalue)
@@ -407,7 +408,8 @@ class ValueMaker:
     def _bit_string(self, kind: model.BitString, found: dict[str, model.Annotation]) -> Value:
         low, high = self._range(kind.size)
         if "sized" in found:
-            return SizedString("", count="numbits", universal=3, capacity=int(found["sized"].arguments[0]), indirect=True)
+            capacity = int(found["sized"].arguments[0])
+            return SizedString("", count="numbits", universal=3, capacity=capacity, indirect=True)
         if high is not None:
             bounds = {} if "noconstraint" in found else {"low": low, "high": high}
             return SizedString("", count="numbits", universal=3, capacity=high, indirect=True, **bounds)
@@ -448,7 +450,8 @@ class ValueMaker:
             )
         return Family(
             "" if is_null else names.record(name), under.initializer, under.universal,
-            constructed=under.constructed, reads_own_end=under.reads_own_end, whole=under.whole, indirect=under.indirect, name=name, frees=self.frees(name), is_null=is_null,
+            constructed=under.constructed, reads_own_end=under.reads_own_end, whole=under.whole,
+            indirect=under.indirect, name=name, frees=self.frees(name), is_null=is_null, is_record=False,
         )
 
     def has_record(self, name: str) -> bool:

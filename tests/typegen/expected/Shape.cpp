@@ -268,7 +268,7 @@ int asn1E_ShapePoints(ASN1CTXT* ctxt, ASN1T_ShapePoints* pvalue, ASN1TagType tag
 int asn1D_ShapePoints(ASN1CTXT* ctxt, ASN1T_ShapePoints* pvalue, ASN1TagType tagging, int length) {
     const int status = decode_list(ctxt, *pvalue, asn1D_ShapePoint, kSet, tagging, length);
     if (status != RT_OK) {
-        return recorded(ctxt, status);
+        return status;
     }
     return check_minimum(ctxt, pvalue->count, 1, "pvalue->count");
 }
