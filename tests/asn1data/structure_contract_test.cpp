@@ -7,7 +7,7 @@
 
 #include "asn1data/codecs.h"
 #include "runtime/ber_decode.h"
-#include "tests/asn1data/record_codec.h"
+#include "tests/asn1data/status_case.h"
 #include "tests/support/case_name.h"
 #include "tests/support/der.h"
 
@@ -15,24 +15,6 @@ using namespace asn1data;
 
 namespace Quillmark::test {
 namespace {
-
-struct StatusCase {
-    const char* name;
-    int (*decode)(const Octets& ber);
-    Octets ber;
-    int status;
-};
-
-void PrintTo(const StatusCase& row, std::ostream* out) {
-    *out << row.name << ": " << to_hex(row.ber);
-}
-
-template <typename Record, typename Control>
-int status_of(const Octets& ber) {
-    return Decoded<Record, Control>(ber).status();
-}
-
-#define QUILLMARK_DECODE(name) status_of<ASN1T_##name, ASN1C_##name>
 
 class StructureContract : public testing::TestWithParam<StatusCase> {};
 
