@@ -2,6 +2,11 @@
 
 #include <openssl/provider.h>
 
+#include <functional>
+#include <map>
+#include <mutex>
+#include <string>
+
 #include "platform/detail/border.h"
 #include "platform/detail/key_container.h"
 #include "platform/key_container.h"
@@ -16,12 +21,34 @@ int no_password(char*, int) {
     return -1;
 }
 
-// Keys of a module are found by the stores once it is loaded; the default provider stays in use beside it.
-void load_module(const char* name) {
-    const LibcryptoScope scope;
-    if (OSSL_PROVIDER_try_load(nullptr, name, 1) == nullptr) {
-        throw Failure{NTE_PROVIDER_DLL_FAIL};
+/// The modules that containers asked for, each held once for the life of the process: keys that came from one
+/// may be in use for as long. Never destroyed, as libcrypto ends before static objects of the application do.
+class LoadedModules {
+  public:
+    /// Keys of a module are found by the stores once it is loaded; the default provider stays in use beside
+    /// it.
+    void load(const char* name) {
+        const std::lock_guard lock(mutex_);
+        if (held_.contains(name)) {
+            return;
+        }
+        const LibcryptoScope scope;
+        const auto place = held_.emplace(name, nullptr).first;
+        place->second = OSSL_PROVIDER_try_load(nullptr, name, 1);
+        if (place->second == nullptr) {
+            held_.erase(place);
+            throw Failure{NTE_PROVIDER_DLL_FAIL};
+        }
     }
+
+  private:
+    std::mutex mutex_;
+    std::map<std::string, OSSL_PROVIDER*, std::less<>> held_;
+};
+
+LoadedModules& loaded_modules() {
+    static LoadedModules& modules = *new LoadedModules;
+    return modules;
 }
 
 std::shared_ptr<KeyContainer> open_container(const char* container, const char* module, DWORD flags,
@@ -33,7 +60,7 @@ std::shared_ptr<KeyContainer> open_container(const char* container, const char* 
         throw Failure{NTE_BAD_FLAGS};
     }
     if (module != nullptr) {
-        load_module(module);
+        loaded_modules().load(module);
     }
     if (is_without_keys) {
         return std::make_shared<KeyContainer>();
