@@ -144,6 +144,8 @@ Bytes object_id_from_text(const char* text) {
         throw Failure{CRYPT_E_OID_FORMAT};
     }
     Bytes content;
+    content.reserve(
+        static_cast<std::size_t>(cursor.end - text));  // an arc never takes more octets than characters
     append_subidentifier(first * 40 + second, content);
     while (cursor.position != cursor.end) {
         append_subidentifier(cursor.take_arc(), content);
