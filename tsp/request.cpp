@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "asn1/codec.h"
+#include "asn1/detail/oid_text.h"
 #include "asn1data/control_classes.h"
 #include "runtime/message_buffer.h"
 #include "tsp/detail/record.h"
@@ -66,7 +67,7 @@ void CRequest::Impl::readRequest(ASN1T_TimeStampReq& record) {
                          record.messageImprint.hashedMessage.numocts);
     certReq = record.certReq != 0;
     if (record.m.reqPolicyPresent) {
-        reqPolicy = std::make_unique<std::string>(toOID(record.reqPolicy).c_str());
+        reqPolicy = std::make_unique<std::string>(Quillmark::detail::OidText(record.reqPolicy).c_str());
     }
     if (record.m.noncePresent) {
         auto received = std::make_unique<CBigInteger>();

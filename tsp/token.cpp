@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "asn1/codec.h"
+#include "asn1/detail/oid_text.h"
 #include "asn1data/records.h"
 #include "tsp/detail/message.h"
 #include "tsp/detail/record.h"
@@ -95,7 +96,7 @@ void CToken::Impl::fillTSTInfo(ASN1T_TSTInfo& record, ASN1CTXT* ctxt) const {
 
 void CToken::Impl::readTSTInfo(const ASN1T_TSTInfo& record) {
     version = ASN1BigIntegerToDWORD(record.version);
-    policy = toOID(record.policy).c_str();
+    policy = Quillmark::detail::OidText(record.policy).c_str();
     ASN1T_AlgorithmIdentifier_get(hashAlgorithm, record.messageImprint.hashAlgorithm);
     hashedMessage.assign(record.messageImprint.hashedMessage.data,
                          record.messageImprint.hashedMessage.numocts);
