@@ -25,13 +25,11 @@ class ObjectSet {
   public:
     /// The first object with the identifier, null when none has it.
     Object* lookupObject(const ASN1TObjId& id) const {
-        const Key wanted = key_of(id);
-        for (size_t i = 0; i < Count; ++i) {
-            if (keys_[i] == wanted && objects_[i]->id == id) {
-                return objects_[i].get();
-            }
+        Index at = first_in_[bucket_of(id)];
+        while (at != kEnd && !(objects_[at]->id == id)) {
+            at = next_[at];
         }
-        return nullptr;
+        return at == kEnd ? nullptr : objects_[at].get();
     }
 
     static constexpr size_t count() { return Count; }
@@ -41,26 +39,33 @@ class ObjectSet {
     typedef std::array<std::unique_ptr<Object>, Count> Objects;
 
     explicit ObjectSet(Objects objects) : objects_(std::move(objects)) {
-        for (size_t i = 0; i < Count; ++i) {
-            keys_[i] = key_of(objects_[i]->id);
+        first_in_.fill(kEnd);
+        for (size_t i = Count; i-- > 0;) {  // the first of the set becomes the first of its bucket
+            Index& first = first_in_[bucket_of(objects_[i]->id)];
+            next_[i] = first;
+            first = static_cast<Index>(i);
         }
     }
 
   private:
-    // The number of arcs and the last one tell nearly all identifiers apart, side by side in memory.
-    struct Key {
-        uint32_t arcs;
-        uint32_t last;
-        bool operator==(const Key& other) const { return arcs == other.arcs && last == other.last; }
-    };
+    typedef uint8_t Index;
+    static constexpr Index kEnd = 0xFF;
+    static_assert(Count < kEnd);
+    // More than twice as many as the largest set has objects, so that an identifier of none meets an empty
+    // one.
+    static constexpr size_t kBuckets = 128;
 
-    static Key key_of(const ASN1OBJID& id) {
-        const bool has_last = id.numids > 0 && id.numids <= ASN1_K_MAXSUBIDS;
-        return {id.numids, has_last ? id.subid[id.numids - 1] : 0};
+    // The last two arcs tell nearly all identifiers apart.
+    static size_t bucket_of(const ASN1OBJID& id) {
+        if (id.numids < 2 || id.numids > ASN1_K_MAXSUBIDS) {
+            return 0;
+        }
+        return (id.subid[id.numids - 1] + size_t{13} * id.subid[id.numids - 2]) % kBuckets;
     }
 
     Objects objects_;
-    std::array<Key, Count> keys_;
+    std::array<Index, kBuckets> first_in_;
+    std::array<Index, Count> next_;  // in the same bucket
 };
 
 /// Makes a set for `pthread_once`, which runs again when this throws.

@@ -72,6 +72,10 @@ const SampleCase kNumbers[] = {
     {"StateNegative", QUILLMARK_SAMPLE(SampleState), "0a 01 ff", RT_E_INVENUM},
     {"CodeLargest", QUILLMARK_SAMPLE(SampleCode), "0a 01 1f"},
     {"CodeAbove", QUILLMARK_SAMPLE(SampleCode), "0a 01 20", RT_E_INVENUM},
+    {"BitsOne", QUILLMARK_SAMPLE(SampleBits), "03 02 07 80"},
+    {"BitsFillTheirRoom", QUILLMARK_SAMPLE(SampleBits), "03 03 00 ff ff"},
+    {"BitsEmpty", QUILLMARK_SAMPLE(SampleBits), "03 01 00", RT_E_CONSVIO},
+    {"BitsWithoutRoom", QUILLMARK_SAMPLE(SampleBits), "03 04 00 ff ff ff", RT_E_STROVFL},
     {"FlagsLongest", QUILLMARK_SAMPLE(SampleFlags), "03 03 04 ff f0"},
     {"FlagsTooLong", QUILLMARK_SAMPLE(SampleFlags), "03 03 03 ff f8", RT_E_CONSVIO},
     {"FlagsWithoutRoom", QUILLMARK_SAMPLE(SampleFlags), "03 04 00 ff ff ff", RT_E_STROVFL},
@@ -136,6 +140,7 @@ const SampleCase kStructures[] = {
     {"ExtensibleEmpty", QUILLMARK_SAMPLE(SampleExtensible), "30 00", RT_E_SETMISSING},
     {"Raw", QUILLMARK_SAMPLE(SampleRaw), "0c 01 61"},
     {"Keeping", QUILLMARK_SAMPLE(SampleKeeping), "30 09 05 00 a0 02 05 00 16 01 61"},
+    {"KeepingWithTheTagOfTheType", QUILLMARK_SAMPLE(SampleKeeping), "30 07 05 00 a0 00 16 01 61"},
     {"KeepingRequiredOnly", QUILLMARK_SAMPLE(SampleKeeping), "30 06 0c 01 62 16 01 61"},
 };
 
@@ -152,6 +157,13 @@ const SampleCase kChoices[] = {
     {"InnerBits", QUILLMARK_SAMPLE(SampleChoice), "03 02 07 80"},
     {"Anything", QUILLMARK_SAMPLE(SampleChoice), "a2 03 0c 01 61"},
     {"Unknown", QUILLMARK_SAMPLE(SampleChoice), "a3 03 0c 01 61", RT_E_INVOPT},
+    {"KeptUntagged", QUILLMARK_SAMPLE(SampleKept), "30 02 05 00"},
+    {"KeptBehindAnImplicitTag", QUILLMARK_SAMPLE(SampleKept), "a0 02 05 00"},
+    {"KeptInTheIndefiniteForm", QUILLMARK_SAMPLE(SampleKept), "a0 80 05 00 00 00"},
+    {"KeptBehindAnExplicitTag", QUILLMARK_SAMPLE(SampleKept), "a1 04 30 02 05 00"},
+    {"KeptSet", QUILLMARK_SAMPLE(SampleKept), "a2 05 13 03 61 62 63"},
+    {"KeptPrimitive", QUILLMARK_SAMPLE(SampleKept), "80 02 05 00", RT_E_INVOPT},
+    {"KeptCutShort", QUILLMARK_SAMPLE(SampleKept), "a0 82 05 00", RT_E_INVLEN},
 };
 INSTANTIATE_TEST_SUITE_P(Choices, Sample, testing::ValuesIn(kChoices), case_name);
 
@@ -180,7 +192,7 @@ const SampleCase kTables[] = {
     {"KnownWrong", QUILLMARK_SAMPLE(SampleParameters), "30 07 06 03 2a 03 01 05 00", RT_E_IDNOTFOUND},
     {"Null", QUILLMARK_SAMPLE(SampleParameters), "30 07 06 03 2a 03 02 05 00"},
     {"Nothing", QUILLMARK_SAMPLE(SampleParameters), "30 08 06 03 2a 03 03 0c 01 61"},
-    {"NotWrittenYet", QUILLMARK_SAMPLE(SampleParameters), "30 08 06 03 2a 03 04 0c 01 61"},
+    {"Unknown", QUILLMARK_SAMPLE(SampleParameters), "30 08 06 03 2a 03 04 0c 01 61"},
     {"Absent", QUILLMARK_SAMPLE(SampleParameters), "30 05 06 03 2a 03 01"},
     {"Wrapped", QUILLMARK_SAMPLE(SampleContent), "30 0c 06 03 2a 03 01 a0 05 04 03 02 01 07"},
     {"WrappedUnknown", QUILLMARK_SAMPLE(SampleContent), "30 0b 06 03 2a 03 09 a0 04 04 02 ff ff"},
@@ -230,8 +242,45 @@ TEST(SampleNull, WorksOnNothing) {
     EXPECT_EQ(ASN1C_SampleNull_(out, nullptr).Encode(), 2);
 }
 
-TEST(SampleTypes, LeaveOutWhatIsNotWrittenYet) {
+TEST(SampleTypes, HoldEveryObjectOfTheSet) {
     EXPECT_EQ(SampleTypes::instance(nullptr)->count(), 4u);
+}
+
+std::string octets_of(const ASN1OpenType& value) {
+    return to_hex(value.data, value.numocts);
+}
+
+TEST(SampleKept, HasTheTagOfItsTypeBehindAnImplicitTag) {
+    Decoded<ASN1T_SampleKept, ASN1C_SampleKept> decoded(from_hex("a0 02 05 00"));
+    ASSERT_EQ(decoded.record().t, T_SampleKept_tagged);
+    EXPECT_EQ(octets_of(*decoded.record().u.tagged), "30 02 05 00");
+    Decoded<ASN1T_SampleKept, ASN1C_SampleKept> set(from_hex("a2 03 13 01 61"));
+    ASSERT_EQ(set.record().t, T_SampleKept_set);
+    EXPECT_EQ(octets_of(*set.record().u.set), "31 03 13 01 61");
+    Decoded<ASN1T_SampleKeeping, ASN1C_SampleKeeping> keeping(from_hex("30 09 05 00 a0 02 05 00 16 01 61"));
+    EXPECT_EQ(octets_of(keeping.record().tagged), "30 02 05 00");
+}
+
+TEST(SampleKept, LeavesAMessageThatItsOctetsLieIn) {
+    Octets message = from_hex("a0 02 05 00");
+    ASN1BERDecodeBuffer in(message.data(), static_cast<int>(message.size()));
+    in.getCtxtPtr()->flags |= RT_F_FASTCOPY;
+    ASN1T_SampleKept record;
+    EXPECT_EQ(ASN1C_SampleKept(in, record).Decode(), RT_OK);
+    EXPECT_EQ(octets_of(*record.u.tagged), "30 02 05 00");
+    EXPECT_EQ(to_hex(message), "a0 02 05 00");
+}
+
+TEST(SampleKept, RefusesToWriteAnElementOfAnotherType) {
+    const Octets octets = from_hex("31 02 05 00");
+    ASN1TOpenType value;
+    ASN1T_SampleKept record;
+    record.t = T_SampleKept_tagged;
+    record.u.tagged = &value;
+    EXPECT_EQ(encode<ASN1C_SampleKept>(record).result, RT_E_BADVALUE);
+    value.numocts = static_cast<uint32_t>(octets.size());
+    value.data = octets.data();
+    EXPECT_EQ(encode<ASN1C_SampleKept>(record).result, RT_E_BADVALUE);
 }
 
 }  // namespace

@@ -336,10 +336,9 @@ def _check_object(one: model.InformationObject, catalogue: Catalogue) -> None:
             one.position, f"object {one.name} needs a &{found.type_field}, which its class does not make OPTIONAL"
         )
     if one.type is not None and catalogue.type(one.type) is None:
-        if not catalogue.is_expected(names.identifier(one.type)):
-            raise ModuleError(
-                one.position, f"object {one.name} carries {one.type}, which is not defined{_hint(one.type, catalogue)}"
-            )
+        raise ModuleError(
+            one.position, f"object {one.name} carries {one.type}, which is not defined{_hint(one.type, catalogue)}"
+        )
     if one.arcs is not None:
         _check_arcs(one.arcs, one.position, catalogue)
 

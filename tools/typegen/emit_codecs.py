@@ -167,6 +167,8 @@ def _add(field: Field, lvalue: str, plan: Plan) -> str:
         inner = emit_tables.encode_open(plan, tagging)
     if field.tag is None:
         return f"out.add({inner});"
+    if field.own_tag:
+        return f"out.add(encode_retagged(ctxt, {lvalue}, {field.own_tag}, {field.tag.cpp}));"
     return f"out.add_tagged({field.tag.cpp}, {inner});"
 
 
@@ -316,6 +318,8 @@ def _use(outcome: list[str], bit: str | None) -> str:
 
 
 def _decode_tagged(field: Field, lvalue: str) -> str:
+    if field.own_tag:
+        return f"in.keep_retagged({lvalue}, {field.own_tag})"
     if field.tag.explicit:
         return field.value.decode(lvalue, "ASN1EXPL", "0")
     return field.value.decode(lvalue, "ASN1IMPL", "in.length()")
@@ -419,7 +423,7 @@ def _element_functions(plan: Plan) -> str:
         raise ModuleError(plan.assignment.position, f"elements of {plan.name} need a type with a name")
     name = names.identifier(plan.name)
     check = value.check("*pvalue")
-    if check and plan.construct == "array":
+    if check:
         check = values.Check(check.subject, check.low, check.high, "pvalue->elem[xx1]")
     tagging = "ASN1TagType /*tagging*/" if isinstance(value, values.Open) else "ASN1TagType tagging"
     length = "int /*length*/" if isinstance(value, values.Open) else "int length"

@@ -168,12 +168,8 @@ _SET_SOURCE = """
         : ObjectSet(Objects{$objects}) {}
 """
 
-def _known(catalogue: model.Catalogue) -> list[model.InformationObject]:
-    """The objects whose carried type is defined; the others wait for their type."""
-    return [
-        one for module in catalogue.modules for one in module.objects
-        if one.type is None or catalogue.type(one.type) is not None
-    ]
+def _objects(catalogue: model.Catalogue) -> list[model.InformationObject]:
+    return [one for module in catalogue.modules for one in module.objects]
 
 
 def _classes(catalogue: model.Catalogue) -> list[model.ObjectClass]:
@@ -185,13 +181,13 @@ def _sets(catalogue: model.Catalogue) -> list[model.ObjectSet]:
 
 
 def objects_header(catalogue: model.Catalogue) -> str:
-    objects = _known(catalogue)
+    objects = _objects(catalogue)
     carried = sorted({one.type for one in objects if one.type}, key=str)
     text = fill(
         _HEADER, classes="\n\n".join(_class(one) for one in _classes(catalogue)),
         families="\n\n".join(_family(name, catalogue) for name in carried),
         objects="\n\n".join(_object(one, catalogue) for one in objects),
-        sets="\n\n".join(_set(one, catalogue) for one in _sets(catalogue)),
+        sets="\n\n".join(_set(one) for one in _sets(catalogue)),
     )
     return layout(text) + "\n"
 
@@ -244,21 +240,16 @@ def _object_source(one: model.InformationObject, catalogue: model.Catalogue) -> 
     return f"{name}::{name}() : {base}({{{arcs}}}, 0) {{}}"
 
 
-def members(one: model.ObjectSet, catalogue: model.Catalogue) -> list[str]:
-    known = {found.name for found in _known(catalogue)}
-    return [name for name in one.members if name in known]
-
-
-def _set(one: model.ObjectSet, catalogue: model.Catalogue) -> str:
-    count = len(members(one, catalogue))
+def _set(one: model.ObjectSet) -> str:
+    count = len(one.members)
     return fill(
         _SET, name=names.identifier(one.name),
         object_class=names.identifier(one.object_class), count=str(count), members=str(count),
     )
 
 
-def _set_source(one: model.ObjectSet, catalogue: model.Catalogue) -> str:
-    made = ",".join(f"\n          std::make_unique<{names.identifier(name)}>()" for name in members(one, catalogue))
+def _set_source(one: model.ObjectSet) -> str:
+    made = ",".join(f"\n          std::make_unique<{names.identifier(name)}>()" for name in one.members)
     return fill(
         _SET_SOURCE, name=names.identifier(one.name),
         objects=made,
@@ -267,8 +258,7 @@ def _set_source(one: model.ObjectSet, catalogue: model.Catalogue) -> str:
 
 def module_objects(module: model.Module, catalogue: model.Catalogue) -> str:
     """What a module's source defines of classes, objects and sets."""
-    known = [one for one in module.objects if one in _known(catalogue)]
     blocks = [_class_source(one) for one in module.classes]
-    if known:
-        blocks.append("\n".join(_object_source(one, catalogue) for one in known))
-    return "\n\n".join(blocks + [_set_source(one, catalogue) for one in module.sets])
+    if module.objects:
+        blocks.append("\n".join(_object_source(one, catalogue) for one in module.objects))
+    return "\n\n".join(blocks + [_set_source(one) for one in module.sets])

@@ -61,6 +61,7 @@ class Field:
     reads_header: bool  # its codec reads the header itself: a CHOICE, or a type with a tag of its own
     peeked: bool  # an untagged CHOICE that may be absent
     selector: str = ""
+    own_tag: str | None = None  # of a value that is kept with its header, behind an implicit tag
 
     @property
     def indirect(self) -> bool:
@@ -201,14 +202,24 @@ class Planner:
             labels=self.tag_words(element, module), peeked=is_choice and may_be_absent,
             reads_header=is_choice or tag is None and (value.whole or self._has_own_tag(element)),
             selector=names.selector(choice, element.name) if choice else "",
+            own_tag=self._own_tag(element, value) if tag and not tag.explicit and value.whole else None,
         )
+
+    def _own_tag(self, element: model.Element, value: values.Value) -> str:
+        if value.universal not in (16, 17):
+            raise ModuleError(
+                element.position,
+                f"{element.name} is kept as its octets, which takes a SEQUENCE or SET behind an implicit tag, "
+                "write EXPLICIT",
+            )
+        return universal_tag(value.universal, True)
 
     def _tag(self, element: model.Element, module: model.Module, value: values.Value) -> ElementTag | None:
         if not isinstance(element.type, model.Tagged):
             return None
         tag = element.type.tag
         inner = self._catalogue.base(element.type.type)
-        needs_explicit = value.whole or isinstance(inner, (model.Choice, model.OpenType, model.ClassField))
+        needs_explicit = isinstance(inner, (model.Choice, model.OpenType, model.ClassField))
         explicit = needs_explicit or (tag.mode or module.tags) == "EXPLICIT"
         return ElementTag(tag.tag_class, tag.number, explicit, explicit or value.constructed)
 

@@ -409,16 +409,28 @@ class ValueMaker:
         low, high = self._range(kind.size)
         if "sized" in found:
             capacity = int(found["sized"].arguments[0])
-            return SizedString("", count="numbits", universal=3, capacity=capacity, indirect=True)
+            bounds = self._bounds_in_room(kind, found, (capacity + 7) // 8 * 8)
+            return SizedString("", count="numbits", universal=3, capacity=capacity, indirect=True, **bounds)
         if high is not None:
             bounds = {} if "noconstraint" in found else {"low": low, "high": high}
             return SizedString("", count="numbits", universal=3, capacity=high, indirect=True, **bounds)
         return Bits("ASN1TDynBitStr", "{}", 3, reads_own_end=True, indirect=True)
 
+    def _bounds_in_room(
+        self, kind: model.BitString | model.OctetString, found: dict[str, model.Annotation], room: int
+    ) -> dict[str, int]:
+        """The SIZE of a string whose room is told beside it."""
+        low, high = self._range(kind.size)
+        if low is None or "noconstraint" in found:
+            return {}
+        return {"low": low, "high": room if high is None else min(high, room)}
+
     def _octet_string(self, kind: model.OctetString, found: dict[str, model.Annotation]) -> Value:
         low, high = self._range(kind.size)
         if "sized" in found:
-            return SizedString("", universal=4, capacity=int(found["sized"].arguments[0]), indirect=True)
+            capacity = int(found["sized"].arguments[0])
+            bounds = self._bounds_in_room(kind, found, capacity)
+            return SizedString("", universal=4, capacity=capacity, indirect=True, **bounds)
         if high is not None:
             bounds = {} if "noconstraint" in found else {"low": low, "high": high}
             return SizedString("", universal=4, capacity=high, indirect=True, **bounds)

@@ -482,6 +482,7 @@ void SHAPE::copyType(ASN1CTXT* /*ctxt*/, Asn1TObject& /*src*/, Asn1TObject& /*ds
 void SHAPE::freeType(ASN1CTXT* /*ctxt*/, Asn1TObject& /*value*/) const {}
 
 figure::figure() : SHAPE_carrying({1, 2, 3}) {}
+outline::outline() : SHAPE_carrying({1, 2, 4}) {}
 
 Shapes* Shapes::mpInstance = nullptr;
 pthread_once_t Shapes::mOnce = PTHREAD_ONCE_INIT;
@@ -497,6 +498,7 @@ Shapes* Shapes::instance(ASN1CTXT* /*ctxt*/) {
 
 Shapes::Shapes(ASN1CTXT* /*ctxt*/)
     : ObjectSet(Objects{
-          std::make_unique<figure>()}) {}
+          std::make_unique<figure>(),
+          std::make_unique<outline>()}) {}
 
 }  // namespace asn1data

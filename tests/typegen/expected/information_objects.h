@@ -69,6 +69,16 @@ struct ShapeFigure_family {
 };
 typedef Quillmark::detail::Carried<ShapeFigure_family> ShapeFigure_operations;
 
+struct ShapeOutline_family {
+    typedef ASN1T_ShapeOutline Record;
+    typedef ASN1C_ShapeOutline Control;
+    static constexpr auto encode = asn1E_ShapeOutline;
+    static constexpr auto decode = asn1D_ShapeOutline;
+    static constexpr auto copy = asn1Copy_ShapeOutline;
+    static constexpr auto release = asn1Free_ShapeOutline;
+};
+typedef Quillmark::detail::Carried<ShapeOutline_family> ShapeOutline_operations;
+
 // Objects
 
 /// 1.2.3: ShapeFigure
@@ -77,10 +87,16 @@ class figure : public SHAPE_carrying<ShapeFigure_operations> {
     figure();
 };
 
+/// 1.2.4: ShapeOutline
+class outline : public SHAPE_carrying<ShapeOutline_operations> {
+  public:
+    outline();
+};
+
 // Sets
 
-/// 1 objects of class SHAPE, in the order of lookup.
-class Shapes : public Quillmark::detail::ObjectSet<SHAPE, 1> {
+/// 2 objects of class SHAPE, in the order of lookup.
+class Shapes : public Quillmark::detail::ObjectSet<SHAPE, 2> {
   public:
     /// The one set, built at the first call. Throws `std::bad_alloc`; a later call then tries again.
     static Shapes* instance(ASN1CTXT* ctxt);
