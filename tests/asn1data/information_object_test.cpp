@@ -175,6 +175,24 @@ TEST(Extension, StaysRawUnderTheIdentifierOfNameConstraints) {  // Intended: the
     EXPECT_EQ(decoded.status(), RT_OK);
 }
 
+TEST(Extension, OfNullHasARecordThoughNullHasNone) {
+    const Octets der = sequence({from_hex("06 07 2a 85 03 02 02 2f 01"), from_hex("04 02 05 00")});
+    Extension decoded(der);
+    ASSERT_EQ(decoded.status(), RT_OK);
+    EXPECT_NE(decoded.record().extnType.decoded, nullptr);  // tells the encoder that there is a value
+    EXPECT_EQ(to_hex(encode<ASN1C_Extension>(decoded.record()).octets), to_hex(der));
+    EXPECT_EQ(
+        Extension(sequence({from_hex("06 07 2a 85 03 02 02 2f 01"), from_hex("04 03 02 01 05")})).status(),
+        RT_E_IDNOTFOUND);
+}
+
+TEST(Extension, IsRawOutsideTheSetWhateverItsObject) {
+    // OCSP no-check has an object that stands in no set
+    Extension decoded(sequence({from_hex("06 09 2b 06 01 05 05 07 30 01 05"), from_hex("04 01 ff")}));
+    EXPECT_EQ(decoded.status(), RT_OK);
+    EXPECT_EQ(decoded.record().extnType.decoded, nullptr);
+}
+
 TEST(Extension, WritesTheStringWhenNothingIsCarried) {
     Extension decoded(sequence({kSubjectAltName, element(0x04, sequence({from_hex("82 01 61")}))}));
     decoded.record().extnType.decoded = nullptr;
@@ -258,6 +276,21 @@ TEST(EncapsulatedContentInfo, WithoutContentCarriesNothing) {
     EXPECT_EQ(decoded.record().eContentValue.decoded, nullptr);
 }
 
+TEST(EncapsulatedContentInfo, KeepsTheOctetsOfAnUnknownType) {
+    const Octets der = sequence({kUnknown, from_hex("a0 05 04 03 ff ff ff")});
+    Decoded<ASN1T_EncapsulatedContentInfo, ASN1C_EncapsulatedContentInfo> decoded(der);
+    ASSERT_EQ(decoded.status(), RT_OK);
+    EXPECT_EQ(decoded.record().eContentValue.decoded, nullptr);
+    EXPECT_EQ(to_hex(encode<ASN1C_EncapsulatedContentInfo>(decoded.record()).octets), to_hex(der));
+}
+
+TEST(EncapsulatedContentInfo, RefusesAMalformedKnownType) {
+    EXPECT_EQ((Decoded<ASN1T_EncapsulatedContentInfo, ASN1C_EncapsulatedContentInfo>(
+                   sequence({kTstInfoType, from_hex("a0 05 04 03 02 01 05")}))
+                   .status()),
+              RT_E_IDNOTFOUND);
+}
+
 /// SignedData in SignedData in SignedData ..., `depth` times.
 Octets nested_signed_data(int depth) {
     Octets content = kBareSignedData;
@@ -297,6 +330,28 @@ TEST(Attribute, RefusesAMalformedKnownValue) {
     Decoded<ASN1T_Attribute, ASN1C_Attribute> decoded(
         sequence({from_hex("06 09 2a 86 48 86 f7 0d 01 09 05"), from_hex("31 03 02 01 05")}));
     EXPECT_EQ(decoded.status(), RT_E_INVOPT);
+}
+
+TEST(AttributeTypeAndValue, TakesACountryInAnyString) {
+    // printable as X.520 has it, and UTF-8, as it is met
+    for (const std::uint8_t tag : {0x13, 0x0C}) {
+        const Octets der = sequence({from_hex("06 03 55 04 06"), text_element(tag, "RU")});
+        Decoded<ASN1T_AttributeTypeAndValue, ASN1C_AttributeTypeAndValue> decoded(der);
+        ASSERT_EQ(decoded.status(), RT_OK);
+        EXPECT_NE(decoded.record().value.decoded, nullptr);
+        EXPECT_EQ(to_hex(encode<ASN1C_AttributeTypeAndValue>(decoded.record()).octets), to_hex(der));
+    }
+    EXPECT_EQ((Decoded<ASN1T_AttributeTypeAndValue, ASN1C_AttributeTypeAndValue>(
+                   sequence({from_hex("06 03 55 04 06"), from_hex("02 01 05")}))
+                   .status()),
+              RT_E_INVOPT);
+}
+
+TEST(AttributeTypeAndValue, HasNoBoundForACountryOrQualifier) {
+    for (const std::uint8_t attribute : {0x06, 0x2E}) {
+        const Octets der = sequence({element(0x06, {0x55, 0x04, attribute}), text_element(0x0C, "")});
+        EXPECT_EQ((Decoded<ASN1T_AttributeTypeAndValue, ASN1C_AttributeTypeAndValue>(der).status()), RT_OK);
+    }
 }
 
 // Policy qualifiers carry no type.
@@ -359,7 +414,7 @@ TEST(ObjectSet, IsBuiltOnceForAllThreads) {
 }
 
 TEST(ObjectSet, IsTriedAgainWhenMemoryFailed) {
-    // The one set that no other test of this program asks for.
+    // The one set that no test in front of this one asks for.
     for (std::size_t n = 0; n < 2; ++n) {
         FailNthNew failing(n);
         EXPECT_THROW(SupportedInfos::instance(nullptr), std::bad_alloc);

@@ -1,12 +1,14 @@
-// What the object sets hold and in which order, against the published tables, and what an object does with a
-// value that fails.
+// What the object sets hold, in which order and what it carries, against the published tables, and what an
+// object does with a value that fails.
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <concepts>
 #include <string>
+#include <typeinfo>
 #include <vector>
 
+#include "asn1data/control_classes.h"
 #include "asn1data/information_objects.h"
 #include "tests/asn1data/record_codec.h"
 #include "tests/support/der.h"
@@ -16,13 +18,22 @@ using namespace asn1data;
 namespace Quillmark::test {
 namespace {
 
-/// An identifier of a set. `required` when the type behind it is in the catalogue.
+/// An object of a set: its identifier, and the control class of the type that it carries.
 struct PublishedObject {
-    const char* oid;
-    bool required = false;
+    std::string oid;
+    const std::type_info* carried = nullptr;
 };
 
-typedef std::vector<PublishedObject> PublishedSet;
+bool operator==(const PublishedObject& left, const PublishedObject& right) {
+    if (left.carried == nullptr || right.carried == nullptr) {
+        return left.oid == right.oid && left.carried == right.carried;
+    }
+    return left.oid == right.oid && *left.carried == *right.carried;
+}
+
+void PrintTo(const PublishedObject& object, std::ostream* out) {
+    *out << object.oid << " " << (object.carried == nullptr ? "-" : object.carried->name());
+}
 
 std::string text_of(const ASN1OBJID& id) {
     std::string text;
@@ -32,195 +43,235 @@ std::string text_of(const ASN1OBJID& id) {
     return text;
 }
 
-/// The identifiers of a set in the order of lookup. The set is one of its own, so that no test finds the
-/// shared one built.
+/// The class of the control object that an object makes, null when it carries no type.
+const std::type_info* carried_by(const EXTENSION& object) {
+    ASN1BEREncodeBuffer buffer;
+    ASN1CType* control =
+        object.constructASN1CExtnType(buffer, object.constructASN1TExtnType(buffer.getCtxtPtr()));
+    const std::type_info* type = &typeid(*control);
+    object.destructASN1CExtnType(control);
+    return type;
+}
+
+template <typename Object>
+requires(!std::derived_from<Object, EXTENSION>) const std::type_info* carried_by(const Object& object) {
+    ASN1BEREncodeBuffer buffer;
+    ASN1CType* control = object.constructASN1CType(buffer, object.constructASN1TType(buffer.getCtxtPtr()));
+    if (control == nullptr) {
+        return nullptr;
+    }
+    const std::type_info* type = &typeid(*control);
+    object.destructASN1CType(control);
+    return type;
+}
+
+/// What a set holds against `published`, in the order of lookup. The set is one of its own, so that no test
+/// finds the shared one built.
 template <typename Set>
-std::vector<std::string> identifiers_of() {
+void expect_published(const std::vector<PublishedObject>& published) {
     const Set set(nullptr);
-    std::vector<std::string> all;
+    std::vector<PublishedObject> got;
     for (std::size_t i = 0; i < set.count(); ++i) {
-        all.push_back(text_of(set.object(i)->id));
+        got.push_back({text_of(set.object(i)->id), carried_by(*set.object(i))});
     }
-    return all;
+    EXPECT_EQ(got, published);
 }
 
-/// The identifiers among `published` that stand in `got`; the same as `got` when it has no other ones and
-/// follows the published order.
-std::vector<std::string> in_published_order(const PublishedSet& published,
-                                            const std::vector<std::string>& got) {
-    std::vector<std::string> ordered;
-    for (const PublishedObject& object : published) {
-        if (std::find(got.begin(), got.end(), object.oid) != got.end()) {
-            ordered.emplace_back(object.oid);
-        }
-    }
-    return ordered;
-}
+#define QUILLMARK_CARRIES(name) &typeid(ASN1C_##name)
 
-template <typename Set>
-void expect_published(const PublishedSet& published) {
-    const std::vector<std::string> got = identifiers_of<Set>();
-    EXPECT_EQ(got, in_published_order(published, got));
-    for (const PublishedObject& object : published) {
-        if (object.required) {
-            EXPECT_NE(std::find(got.begin(), got.end(), object.oid), got.end()) << object.oid;
-        }
-    }
-}
-
-constexpr bool kRequired = true;
-
-TEST(ObjectSetContract, ExtensionSetFollowsItsTable) {
-    expect_published<ExtensionSet>({{"2.5.29.35"},
-                                    {"2.5.29.14", kRequired},  // subject key identifier
-                                    {"2.5.29.15"},
-                                    {"2.5.29.37"},
-                                    {"2.5.29.16"},
-                                    {"2.5.29.32"},
-                                    {"2.5.29.33"},
-                                    {"2.5.29.17", kRequired},  // subject and issuer alternative name
-                                    {"2.5.29.18", kRequired},
-                                    {"2.5.29.9"},
-                                    {"2.5.29.19"},
-                                    {"2.5.29.30.1"},  // Intended: one arc more than name constraints
-                                    {"2.5.29.36"},
-                                    {"2.5.29.20"},
-                                    {"2.5.29.21"},
-                                    {"2.5.29.23"},
-                                    {"2.5.29.24"},
-                                    {"2.5.29.31"},
-                                    {"2.5.29.28"},
-                                    {"2.5.29.29"},
-                                    {"2.5.29.27"},
-                                    {"2.5.29.46"},
-                                    {"1.3.6.1.5.5.7.1.1"},
-                                    {"1.3.6.1.5.5.7.1.11"},
-                                    {"1.3.6.1.5.5.7.48.1.3"},
-                                    {"1.2.643.2.2.47.5"},
-                                    {"1.3.6.1.5.5.7.48.1.4"},
-                                    {"1.3.6.1.5.5.7.48.1.6"},
-                                    {"1.3.6.1.5.5.7.48.1.7"},
-                                    {"1.2.643.2.2.47.2"},
-                                    {"1.2.643.2.2.47.3"},
-                                    {"1.2.643.2.2.47.4"},
-                                    {"1.2.643.2.2.47.1", kRequired},  // NULL
-                                    {"1.2.643.100.111"},
-                                    {"1.2.643.100.112"},
-                                    {"1.2.643.100.114"}});
+TEST(ObjectSetContract, ExtensionSetIsComplete) {
+    expect_published<ExtensionSet>({
+        {"2.5.29.35", QUILLMARK_CARRIES(AuthorityKeyIdentifier)},
+        {"2.5.29.14", QUILLMARK_CARRIES(SubjectKeyIdentifier)},
+        {"2.5.29.15", QUILLMARK_CARRIES(KeyUsage)},
+        {"2.5.29.37", QUILLMARK_CARRIES(_extKeyUsage_ExtnType)},
+        {"2.5.29.16", QUILLMARK_CARRIES(PrivateKeyUsagePeriod)},
+        {"2.5.29.32", QUILLMARK_CARRIES(CertificatePoliciesSyntax)},
+        {"2.5.29.33", QUILLMARK_CARRIES(PolicyMappingsSyntax)},
+        {"2.5.29.17", QUILLMARK_CARRIES(GeneralNames)},
+        {"2.5.29.18", QUILLMARK_CARRIES(GeneralNames)},
+        {"2.5.29.9", QUILLMARK_CARRIES(AttributesSyntax)},
+        {"2.5.29.19", QUILLMARK_CARRIES(BasicConstraintsSyntax)},
+        {"2.5.29.30.1",
+         QUILLMARK_CARRIES(NameConstraintsSyntax)},  // Intended: one arc more than id-ce-nameConstraints
+        {"2.5.29.36", QUILLMARK_CARRIES(PolicyConstraintsSyntax)},
+        {"2.5.29.20", QUILLMARK_CARRIES(CRLNumber)},
+        {"2.5.29.21", QUILLMARK_CARRIES(CRLReason)},
+        {"2.5.29.23", QUILLMARK_CARRIES(HoldInstruction)},
+        {"2.5.29.24", QUILLMARK_CARRIES(InvalidityDate)},
+        {"2.5.29.31", QUILLMARK_CARRIES(CRLDistPointsSyntax)},
+        {"2.5.29.28", QUILLMARK_CARRIES(IssuingDistPointSyntax)},
+        {"2.5.29.29", QUILLMARK_CARRIES(CertificateIssuer)},
+        {"2.5.29.27", QUILLMARK_CARRIES(BaseCRLNumber)},
+        {"2.5.29.46", QUILLMARK_CARRIES(FreshestCRL)},
+        {"1.3.6.1.5.5.7.1.1", QUILLMARK_CARRIES(AuthorityInfoAccessSyntax)},
+        {"1.3.6.1.5.5.7.1.11", QUILLMARK_CARRIES(SubjectInfoAccessSyntax)},
+        {"1.3.6.1.5.5.7.48.1.3", QUILLMARK_CARRIES(CrlID)},
+        {"1.2.643.2.2.47.5", QUILLMARK_CARRIES(CrlID)},
+        {"1.3.6.1.5.5.7.48.1.4", QUILLMARK_CARRIES(AcceptableResponses)},
+        {"1.3.6.1.5.5.7.48.1.6", QUILLMARK_CARRIES(ArchiveCutoff)},
+        {"1.3.6.1.5.5.7.48.1.7", QUILLMARK_CARRIES(ServiceLocator)},
+        {"1.2.643.2.2.47.2", QUILLMARK_CARRIES(CrlLocator)},
+        {"1.2.643.2.2.47.3", QUILLMARK_CARRIES(PKIMessage)},
+        {"1.2.643.2.2.47.4", QUILLMARK_CARRIES(PKIMessage)},
+        {"1.2.643.2.2.47.1", QUILLMARK_CARRIES(NULLParams_)},
+        {"1.2.643.100.111", QUILLMARK_CARRIES(SubjectSignTool)},
+        {"1.2.643.100.112", QUILLMARK_CARRIES(IssuerSignTool)},
+        {"1.2.643.100.114", QUILLMARK_CARRIES(IdentificationKind)},
+    });
 }
 
 TEST(ObjectSetContract, SupportedAlgorithmsAreComplete) {
-    EXPECT_EQ(
-        identifiers_of<SupportedAlgorithms>(),
-        (std::vector<std::string>{
-            "1.2.643.2.2.19",       "1.2.643.2.2.98",       "1.2.643.7.1.1.1.1",    "1.2.643.7.1.1.1.2",
-            "1.2.643.2.2.3",        "1.2.643.7.1.1.3.2",    "1.2.643.7.1.1.3.3",    "1.2.643.2.2.21",
-            "1.2.643.2.2.9",        "1.2.643.7.1.1.2.2",    "1.2.643.7.1.1.2.3",    "1.2.840.113549.1.1.1",
-            "1.2.840.113549.1.1.5", "1.2.840.113549.1.1.4", "1.2.840.113549.1.1.2", "1.2.840.10040.4.1",
-            "1.2.840.10040.4.3",    "1.2.840.10046.2.1",    "1.3.14.3.2.26",        "1.2.643.2.2.1.1.969.1",
-            "1.2.643.7.1.1.5.1.1",  "1.2.643.7.1.1.5.1.2",  "1.2.643.7.1.1.5.2.1",  "1.2.643.7.1.1.5.2.2"}));
+    expect_published<SupportedAlgorithms>({
+        {"1.2.643.2.2.19", QUILLMARK_CARRIES(_gost2001PubKey_Type)},
+        {"1.2.643.2.2.98", QUILLMARK_CARRIES(_gost2001DHPubKey_Type)},
+        {"1.2.643.7.1.1.1.1", QUILLMARK_CARRIES(_gost2012_256_PubKey_Type)},
+        {"1.2.643.7.1.1.1.2", QUILLMARK_CARRIES(_gost2012_512_PubKey_Type)},
+        {"1.2.643.2.2.3", QUILLMARK_CARRIES(_gost94WithGostR34102001Sign_Type)},
+        {"1.2.643.7.1.1.3.2", QUILLMARK_CARRIES(NULLParams_)},
+        {"1.2.643.7.1.1.3.3", QUILLMARK_CARRIES(NULLParams_)},
+        {"1.2.643.2.2.21", QUILLMARK_CARRIES(Gost28147_89_Parameters)},
+        {"1.2.643.2.2.9", QUILLMARK_CARRIES(_gostR341194DigestParams_Type)},
+        {"1.2.643.7.1.1.2.2", QUILLMARK_CARRIES(NULLParams_)},
+        {"1.2.643.7.1.1.2.3", QUILLMARK_CARRIES(NULLParams_)},
+        {"1.2.840.113549.1.1.1", QUILLMARK_CARRIES(NULLParams_)},
+        {"1.2.840.113549.1.1.5", QUILLMARK_CARRIES(NULLParams_)},
+        {"1.2.840.113549.1.1.4", QUILLMARK_CARRIES(NULLParams_)},
+        {"1.2.840.113549.1.1.2", QUILLMARK_CARRIES(NULLParams_)},
+        {"1.2.840.10040.4.1", QUILLMARK_CARRIES(Dss_Parms)},
+        {"1.2.840.10040.4.3"},
+        {"1.2.840.10046.2.1", QUILLMARK_CARRIES(DomainParameters)},
+        {"1.3.14.3.2.26", QUILLMARK_CARRIES(NULLParams_)},
+        {"1.2.643.2.2.1.1.969.1", QUILLMARK_CARRIES(_pbeGost28147And3411_Type)},
+        {"1.2.643.7.1.1.5.1.1", QUILLMARK_CARRIES(Gost3412_15_Encryption_Parameters)},
+        {"1.2.643.7.1.1.5.1.2", QUILLMARK_CARRIES(Gost3412_15_Encryption_Parameters)},
+        {"1.2.643.7.1.1.5.2.1", QUILLMARK_CARRIES(Gost3412_15_Encryption_Parameters)},
+        {"1.2.643.7.1.1.5.2.2", QUILLMARK_CARRIES(Gost3412_15_Encryption_Parameters)},
+    });
 }
 
-TEST(ObjectSetContract, SupportedAttributesFollowTheirTable) {
-    expect_published<SupportedAttributes>({{"1.3.6.1.4.1.311.13.2.2"},
-                                           {"1.3.6.1.4.1.311.13.2.3"},
-                                           {"2.5.4.41"},
-                                           {"2.5.4.3"},
-                                           {"2.5.4.4"},
-                                           {"2.5.4.42"},
-                                           {"2.5.4.43"},
-                                           {"2.5.4.44"},
-                                           {"2.5.4.46"},
-                                           {"2.5.4.6"},
-                                           {"2.5.4.7"},
-                                           {"2.5.4.9"},
-                                           {"2.5.4.8"},
-                                           {"2.5.4.10"},
-                                           {"2.5.4.11"},
-                                           {"2.5.4.12"},
-                                           {"1.2.840.113549.1.9.1"},
-                                           {"2.5.4.65"},
-                                           {"1.2.840.113549.1.9.3"},
-                                           {"1.2.840.113549.1.9.4"},
-                                           {"1.2.840.113549.1.9.5", kRequired},  // signing time
-                                           {"1.2.840.113549.1.9.16.2.12"},
-                                           {"1.2.840.113549.1.9.16.2.19"},
-                                           {"1.2.840.113549.1.9.16.2.21"},
-                                           {"1.2.840.113549.1.9.16.2.22"},
-                                           {"1.2.840.113549.1.9.16.2.23"},
-                                           {"1.2.840.113549.1.9.16.2.24"},
-                                           {"1.2.840.113549.1.9.16.2.47", kRequired},  // certificate, SHA-2
-                                           {"1.2.840.113549.1.9.16.2.15"},
-                                           {"1.2.840.113549.1.9.16.2.20", kRequired},  // five time-stamps
-                                           {"1.2.840.113549.1.9.16.2.14", kRequired},
-                                           {"1.2.840.113549.1.9.16.2.25", kRequired},
-                                           {"1.2.840.113549.1.9.16.2.26", kRequired},
-                                           {"1.2.840.113549.1.9.16.2.27", kRequired},
-                                           {"0.9.2342.19200300.100.1.25"},
-                                           {"1.3.6.1.4.1.311.2.1.14", kRequired},  // extensions
-                                           {"1.2.840.113549.1.9.14", kRequired},
-                                           {"1.2.643.100.1"},
-                                           {"1.2.643.100.5"},
-                                           {"1.2.643.3.131.1.1"},
-                                           {"1.2.643.100.4"},
-                                           {"1.2.643.100.3"},
-                                           {"1.2.840.113549.1.9.2"},
-                                           {"2.5.4.17"},
-                                           {"2.5.4.16"}});
+TEST(ObjectSetContract, SupportedAttributesAreComplete) {
+    expect_published<SupportedAttributes>({
+        {"1.3.6.1.4.1.311.13.2.2", QUILLMARK_CARRIES(EnrollmentCSPInfo)},
+        {"1.3.6.1.4.1.311.13.2.3", QUILLMARK_CARRIES(_msOsVersion_Type)},
+        {"2.5.4.41", QUILLMARK_CARRIES(_name_Type)},
+        {"2.5.4.3", QUILLMARK_CARRIES(_commonName_Type)},
+        {"2.5.4.4", QUILLMARK_CARRIES(_surname_Type)},
+        {"2.5.4.42", QUILLMARK_CARRIES(_givenName_Type)},
+        {"2.5.4.43", QUILLMARK_CARRIES(_initials_Type)},
+        {"2.5.4.44", QUILLMARK_CARRIES(_generationQualifier_Type)},
+        {"2.5.4.46", QUILLMARK_CARRIES(_characterString_Type)},
+        {"2.5.4.6", QUILLMARK_CARRIES(_characterString_Type)},
+        {"2.5.4.7", QUILLMARK_CARRIES(_localityName_Type)},
+        {"2.5.4.9", QUILLMARK_CARRIES(_streetAddress_Type)},
+        {"2.5.4.8", QUILLMARK_CARRIES(_stateOrProvinceName_Type)},
+        {"2.5.4.10", QUILLMARK_CARRIES(_organizationName_Type)},
+        {"2.5.4.11", QUILLMARK_CARRIES(_organizationalUnitName_Type)},
+        {"2.5.4.12", QUILLMARK_CARRIES(_title_Type)},
+        {"1.2.840.113549.1.9.1", QUILLMARK_CARRIES(PHGStringNonStrict)},
+        {"2.5.4.65", QUILLMARK_CARRIES(_x520Pseudonym_Type)},
+        {"1.2.840.113549.1.9.3", QUILLMARK_CARRIES(ContentTypeIdentifier)},
+        {"1.2.840.113549.1.9.4", QUILLMARK_CARRIES(_messageDigest_Type)},
+        {"1.2.840.113549.1.9.5", QUILLMARK_CARRIES(Time)},
+        {"1.2.840.113549.1.9.16.2.12", QUILLMARK_CARRIES(SigningCertificate)},
+        {"1.2.840.113549.1.9.16.2.19", QUILLMARK_CARRIES(OtherSigningCertificate)},
+        {"1.2.840.113549.1.9.16.2.21", QUILLMARK_CARRIES(CompleteCertificateRefs)},
+        {"1.2.840.113549.1.9.16.2.22", QUILLMARK_CARRIES(CompleteRevocationRefs)},
+        {"1.2.840.113549.1.9.16.2.23", QUILLMARK_CARRIES(CertificateValues)},
+        {"1.2.840.113549.1.9.16.2.24", QUILLMARK_CARRIES(RevocationValues)},
+        {"1.2.840.113549.1.9.16.2.47", QUILLMARK_CARRIES(SigningCertificateV2)},
+        {"1.2.840.113549.1.9.16.2.15", QUILLMARK_CARRIES(SignaturePolicy)},
+        {"1.2.840.113549.1.9.16.2.20", QUILLMARK_CARRIES(TimeStampToken)},
+        {"1.2.840.113549.1.9.16.2.14", QUILLMARK_CARRIES(TimeStampToken)},
+        {"1.2.840.113549.1.9.16.2.25", QUILLMARK_CARRIES(TimeStampToken)},
+        {"1.2.840.113549.1.9.16.2.26", QUILLMARK_CARRIES(TimeStampToken)},
+        {"1.2.840.113549.1.9.16.2.27", QUILLMARK_CARRIES(TimeStampToken)},
+        {"0.9.2342.19200300.100.1.25", QUILLMARK_CARRIES(CaseIgnoreIA5StringSyntaxNonStrict)},
+        {"1.3.6.1.4.1.311.2.1.14", QUILLMARK_CARRIES(Extensions)},
+        {"1.2.840.113549.1.9.14", QUILLMARK_CARRIES(Extensions)},
+        {"1.2.643.100.1", QUILLMARK_CARRIES(OGRN)},
+        {"1.2.643.100.5", QUILLMARK_CARRIES(OGRNIP)},
+        {"1.2.643.3.131.1.1", QUILLMARK_CARRIES(INN)},
+        {"1.2.643.100.4", QUILLMARK_CARRIES(INNLE)},
+        {"1.2.643.100.3", QUILLMARK_CARRIES(SNILS)},
+        {"1.2.840.113549.1.9.2", QUILLMARK_CARRIES(_unstructuredName_Type)},
+        {"2.5.4.17", QUILLMARK_CARRIES(_postalCode_Type)},
+        {"2.5.4.16", QUILLMARK_CARRIES(PostalAddress)},
+    });
 }
 
-const PublishedSet kContentTypes = {{"1.2.840.113549.1.7.1"}, {"1.2.840.113549.1.7.2"},
-                                    {"1.2.840.113549.1.7.3"}, {"1.2.840.113549.1.7.5"},
-                                    {"1.2.840.113549.1.7.6"}, {"1.2.840.113549.1.9.16.1.2"}};
-
-TEST(ObjectSetContract, SupportedContentTypesFollowTheirTable) {
-    PublishedSet published = kContentTypes;
-    published[1].required = true;  // signed data
-    expect_published<SupportedContentTypes>(published);
+TEST(ObjectSetContract, SupportedContentTypesAreComplete) {
+    expect_published<SupportedContentTypes>({
+        {"1.2.840.113549.1.7.1", QUILLMARK_CARRIES(_simpleData_Type)},
+        {"1.2.840.113549.1.7.2", QUILLMARK_CARRIES(SignedData)},
+        {"1.2.840.113549.1.7.3", QUILLMARK_CARRIES(EnvelopedData)},
+        {"1.2.840.113549.1.7.5", QUILLMARK_CARRIES(DigestedData)},
+        {"1.2.840.113549.1.7.6", QUILLMARK_CARRIES(EncryptedData)},
+        {"1.2.840.113549.1.9.16.1.2", QUILLMARK_CARRIES(AuthenticatedData)},
+    });
 }
 
-TEST(ObjectSetContract, SupportedContentTypesLegacyFollowTheirTable) {
-    expect_published<SupportedContentTypesLegacy>(kContentTypes);
+TEST(ObjectSetContract, SupportedContentTypesLegacyAreComplete) {
+    expect_published<SupportedContentTypesLegacy>({
+        {"1.2.840.113549.1.7.1", QUILLMARK_CARRIES(_simpleData_Type)},
+        {"1.2.840.113549.1.7.2", QUILLMARK_CARRIES(SignedDataLegacy)},
+        {"1.2.840.113549.1.7.3", QUILLMARK_CARRIES(EnvelopedData)},
+        {"1.2.840.113549.1.7.5", QUILLMARK_CARRIES(DigestedData)},
+        {"1.2.840.113549.1.7.6", QUILLMARK_CARRIES(EncryptedData)},
+        {"1.2.840.113549.1.9.16.1.2", QUILLMARK_CARRIES(AuthenticatedData)},
+    });
 }
 
-TEST(ObjectSetContract, SupportedEContentTypesFollowTheirTable) {
-    expect_published<SupportedEContentTypes>({{"1.2.840.113549.1.7.2", kRequired},  // signed data
-                                              {"1.2.840.113549.1.7.3"},
-                                              {"1.2.840.113549.1.7.5"},
-                                              {"1.2.840.113549.1.7.6"},
-                                              {"1.2.840.113549.1.9.16.1.2"},
-                                              {"1.2.840.113549.1.9.16.1.4", kRequired},  // TSTInfo
-                                              {"1.2.840.113549.1.9.16.1.7"},
-                                              {"1.2.840.113549.1.9.16.1.8"}});
+TEST(ObjectSetContract, SupportedEContentTypesAreComplete) {
+    expect_published<SupportedEContentTypes>({
+        {"1.2.840.113549.1.7.2", QUILLMARK_CARRIES(SignedData)},
+        {"1.2.840.113549.1.7.3", QUILLMARK_CARRIES(EnvelopedData)},
+        {"1.2.840.113549.1.7.5", QUILLMARK_CARRIES(DigestedData)},
+        {"1.2.840.113549.1.7.6", QUILLMARK_CARRIES(EncryptedData)},
+        {"1.2.840.113549.1.9.16.1.2", QUILLMARK_CARRIES(AuthenticatedData)},
+        {"1.2.840.113549.1.9.16.1.4", QUILLMARK_CARRIES(TSTInfo)},
+        {"1.2.840.113549.1.9.16.1.7", QUILLMARK_CARRIES(DVCSRequest)},
+        {"1.2.840.113549.1.9.16.1.8", QUILLMARK_CARRIES(DVCSResponse)},
+    });
 }
 
-TEST(ObjectSetContract, SupportedInfosFollowTheirTable) {
-    expect_published<SupportedInfos>({{"1.3.6.1.5.5.7.4.1", kRequired},  // certificate
-                                      {"1.3.6.1.5.5.7.4.2"},
-                                      {"1.3.6.1.5.5.7.4.3"},
-                                      {"1.3.6.1.5.5.7.4.4", kRequired},  // algorithm
-                                      {"1.3.6.1.5.5.7.4.5"},
-                                      {"1.3.6.1.5.5.7.4.6"},
-                                      {"1.2.643.2.2.41.1"},
-                                      {"1.2.643.2.2.41.5"},
-                                      {"1.2.643.2.2.41.4"},
-                                      {"1.2.643.2.2.41.2", kRequired},  // NULL
-                                      {"1.2.643.2.2.41.3", kRequired},
-                                      {"1.2.643.2.2.41.6"},
-                                      {"1.2.643.2.2.41.7"},
-                                      {"1.2.643.2.2.41.8"},
-                                      {"1.2.643.2.2.41.10"},
-                                      {"1.2.643.2.2.41.11"},
-                                      {"1.2.643.2.2.41.12"}});
+TEST(ObjectSetContract, SupportedInfosAreComplete) {
+    expect_published<SupportedInfos>({
+        {"1.3.6.1.5.5.7.4.1", QUILLMARK_CARRIES(Certificate)},
+        {"1.3.6.1.5.5.7.4.2", QUILLMARK_CARRIES(_itSignKeyPairTypes_Type)},
+        {"1.3.6.1.5.5.7.4.3", QUILLMARK_CARRIES(_itEncKeyPairTypes_Type)},
+        {"1.3.6.1.5.5.7.4.4", QUILLMARK_CARRIES(AlgorithmIdentifier)},
+        {"1.3.6.1.5.5.7.4.5", QUILLMARK_CARRIES(CAKeyUpdAnnContent)},
+        {"1.3.6.1.5.5.7.4.6", QUILLMARK_CARRIES(CertificateList)},
+        {"1.2.643.2.2.41.1", QUILLMARK_CARRIES(PKIAudit)},
+        {"1.2.643.2.2.41.5", QUILLMARK_CARRIES(ChangeNameReq)},
+        {"1.2.643.2.2.41.4", QUILLMARK_CARRIES(RevDetails)},
+        {"1.2.643.2.2.41.2", QUILLMARK_CARRIES(NULLParams_)},
+        {"1.2.643.2.2.41.3", QUILLMARK_CARRIES(NULLParams_)},
+        {"1.2.643.2.2.41.6", QUILLMARK_CARRIES(ChangeNameReq)},
+        {"1.2.643.2.2.41.7", QUILLMARK_CARRIES(RevRepContent)},
+        {"1.2.643.2.2.41.8", QUILLMARK_CARRIES(_itQuillmarkOrganization_Type)},
+        {"1.2.643.2.2.41.10", QUILLMARK_CARRIES(_itQuillmarkPolicy_Type)},
+        {"1.2.643.2.2.41.11", QUILLMARK_CARRIES(_itQuillmarkOfficial_Type)},
+        {"1.2.643.2.2.41.12", QUILLMARK_CARRIES(_itQuillmarkCertificate_Type)},
+    });
 }
 
-TEST(ObjectSetContract, SupportedOCSPResponseTypesFollowTheirTable) {
-    expect_published<SupportedOCSPResponseTypes>({{"1.3.6.1.5.5.7.48.1.1"}});
+TEST(ObjectSetContract, SupportedOCSPResponseTypesAreComplete) {
+    expect_published<SupportedOCSPResponseTypes>({
+        {"1.3.6.1.5.5.7.48.1.1", QUILLMARK_CARRIES(BasicOCSPResponse)},
+    });
 }
 
 TEST(ObjectSetContract, SupportedPolicyQualifiersAreComplete) {
-    EXPECT_EQ(identifiers_of<SupportedPolicyQualifiers>(),
-              (std::vector<std::string>{"1.3.6.1.5.5.7.2.1", "1.3.6.1.5.5.7.2.2"}));
+    expect_published<SupportedPolicyQualifiers>({
+        {"1.3.6.1.5.5.7.2.1"},
+        {"1.3.6.1.5.5.7.2.2"},
+    });
+}
+
+TEST(ObjectSetContract, SupportedSigPolicyQualifiersAreNone) {
+    expect_published<SupportedSigPolicyQualifiers>({});
 }
 
 TEST(ObjectSetContract, InstanceIsTheSameForEveryContext) {
@@ -228,12 +279,65 @@ TEST(ObjectSetContract, InstanceIsTheSameForEveryContext) {
     EXPECT_EQ(SupportedAlgorithms::instance(buffer.getCtxtPtr()), SupportedAlgorithms::instance(nullptr));
 }
 
-TEST(ObjectSetContract, ObjectsOutsideTheSetsHaveTheirIdentifiers) {
-    EXPECT_EQ(text_of(contentInfo().id), "1.2.840.113549.1.9.16.1.6");
-    EXPECT_EQ(text_of(e_contentInfo().id), "1.2.840.113549.1.9.16.1.6");
-    EXPECT_EQ(text_of(ocspNoCheck().id), "1.3.6.1.5.5.7.48.1.5");
+TEST(ObjectSetContract, ObjectsOutsideTheSetsHaveIdentifierAndType) {
+    EXPECT_EQ((PublishedObject{text_of(gost2012_256DH_PubKey().id), carried_by(gost2012_256DH_PubKey())}),
+              (PublishedObject{"1.2.643.7.1.1.6.1", QUILLMARK_CARRIES(_gost2012_256DH_PubKey_Type)}));
+    EXPECT_EQ((PublishedObject{text_of(gost2012_512DH_PubKey().id), carried_by(gost2012_512DH_PubKey())}),
+              (PublishedObject{"1.2.643.7.1.1.6.2", QUILLMARK_CARRIES(_gost2012_512DH_PubKey_Type)}));
+    EXPECT_EQ((PublishedObject{text_of(contentInfo().id), carried_by(contentInfo())}),
+              (PublishedObject{"1.2.840.113549.1.9.16.1.6", QUILLMARK_CARRIES(ContentInfo)}));
+    EXPECT_EQ((PublishedObject{text_of(e_contentInfo().id), carried_by(e_contentInfo())}),
+              (PublishedObject{"1.2.840.113549.1.9.16.1.6", QUILLMARK_CARRIES(ContentInfo)}));
+    EXPECT_EQ((PublishedObject{text_of(ocspNoCheck().id), carried_by(ocspNoCheck())}),
+              (PublishedObject{"1.3.6.1.5.5.7.48.1.5", QUILLMARK_CARRIES(NULLParams_)}));
+}
+
+TEST(ObjectSetContract, ObjectsOutsideTheSetsAreNotFound) {
+    EXPECT_EQ(SupportedAlgorithms::instance(nullptr)->lookupObject(gost2012_256DH_PubKey().id), nullptr);
+    EXPECT_EQ(SupportedAlgorithms::instance(nullptr)->lookupObject(gost2012_512DH_PubKey().id), nullptr);
     EXPECT_EQ(SupportedContentTypes::instance(nullptr)->lookupObject(contentInfo().id), nullptr);
+    EXPECT_EQ(SupportedContentTypesLegacy::instance(nullptr)->lookupObject(contentInfo().id), nullptr);
     EXPECT_EQ(SupportedEContentTypes::instance(nullptr)->lookupObject(e_contentInfo().id), nullptr);
+    EXPECT_EQ(ExtensionSet::instance(nullptr)->lookupObject(ocspNoCheck().id), nullptr);
+}
+
+const std::type_info* assertion_of(const MATCHING_RULE& rule) {
+    ASN1BEREncodeBuffer buffer;
+    ASN1CType* control =
+        rule.constructASN1CAssertionType(buffer, rule.constructASN1TAssertionType(buffer.getCtxtPtr()));
+    const std::type_info* type = &typeid(*control);
+    rule.destructASN1CAssertionType(control);
+    return type;
+}
+
+TEST(ObjectSetContract, MatchingRulesCarryTheirAssertionsAndHaveNoIdentifier) {
+    EXPECT_EQ(*assertion_of(algorithmIdentifierMatch()), typeid(ASN1C_AlgorithmIdentifier));
+    EXPECT_EQ(*assertion_of(certificateExactMatch()), typeid(ASN1C_CertificateExactAssertion));
+    EXPECT_EQ(*assertion_of(certificateListExactMatch()), typeid(ASN1C_CertificateListExactAssertion));
+    EXPECT_EQ(*assertion_of(certificateListMatch()), typeid(ASN1C_CertificateListAssertion));
+    EXPECT_EQ(*assertion_of(certificateMatch()), typeid(ASN1C_CertificateAssertion));
+    EXPECT_EQ(*assertion_of(certificatePairExactMatch()), typeid(ASN1C_CertificatePairExactAssertion));
+    EXPECT_EQ(*assertion_of(certificatePairMatch()), typeid(ASN1C_CertificatePairAssertion));
+    EXPECT_EQ(certificateMatch().id.numids, 0u);
+}
+
+TEST(ObjectSetContract, AMatchingRuleDecodesCopiesAndEncodesItsAssertion) {
+    // CertificateExactAssertion of serial number 7 and an empty name
+    const Octets der = from_hex("30 05 02 01 07 30 00");
+    ASN1BERDecodeBuffer in(der.data(), static_cast<int>(der.size()));
+    in.init();
+    const certificateExactMatch rule;
+    Asn1TObject value;
+    ASSERT_EQ(rule.decodeBERAssertionType(in.getCtxtPtr(), value), RT_OK);
+    Asn1TObject copy;
+    rule.copyAssertionType(in.getCtxtPtr(), value, copy);
+    rule.freeAssertionType(in.getCtxtPtr(), value);
+    EXPECT_EQ(value.decoded, nullptr);
+    ASN1BEREncodeBuffer out;
+    out.init();
+    const int length = rule.encodeBERAssertionType(out.getCtxtPtr(), copy);
+    EXPECT_EQ(to_hex(out.getMsgPtr(), static_cast<std::size_t>(length)), to_hex(der));
+    rule.freeAssertionType(in.getCtxtPtr(), copy);
 }
 
 // Values that fail

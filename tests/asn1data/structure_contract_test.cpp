@@ -110,6 +110,23 @@ const StatusCase kBounds[] = {
     {"NoRevocation", QUILLMARK_DECODE(RevocationInfoChoices), from_hex("31 00"), RT_OK},
     {"NoSigner", QUILLMARK_DECODE(SignerInfos), from_hex("31 00"), RT_OK},
     {"NoSigningCertificate", QUILLMARK_DECODE(SigningCertificateV2), from_hex("30 02 30 00"), RT_OK},
+    {"NoPurpose", QUILLMARK_DECODE(_extKeyUsage_ExtnType), from_hex("30 00"), RT_E_CONSVIO},
+    {"NoDistributionPoint", QUILLMARK_DECODE(CRLDistPointsSyntax), from_hex("30 00"), RT_E_CONSVIO},
+    {"NoRecipient", QUILLMARK_DECODE(RecipientInfos), from_hex("31 00"), RT_E_CONSVIO},
+    // Named bits fill whole octets; how many of them come is not checked.
+    {"KeyUsageOfTwoOctets", QUILLMARK_DECODE(KeyUsage), from_hex("03 03 00 ff ff"), RT_OK},
+    {"KeyUsageOfThreeOctets", QUILLMARK_DECODE(KeyUsage), from_hex("03 04 00 ff ff ff"), RT_E_STROVFL},
+    {"ReasonsOfTwoOctets", QUILLMARK_DECODE(ReasonFlags), from_hex("03 03 00 ff ff"), RT_OK},
+    {"ReasonsOfThreeOctets", QUILLMARK_DECODE(ReasonFlags), from_hex("03 04 00 ff ff ff"), RT_E_STROVFL},
+    {"ReasonBelowBound", QUILLMARK_DECODE(CRLReason), from_hex("0a 01 0a"), RT_OK},
+    {"ReasonAboveBound", QUILLMARK_DECODE(CRLReason), from_hex("0a 01 0b"), RT_E_INVENUM},
+    // Intended: the number of a CRL is held in 32 bits, though RFC 5280 5.2.3 has up to 20 octets.
+    {"CrlNumberOfFourOctets", QUILLMARK_DECODE(CRLNumber), from_hex("02 04 ff ff ff ff"), RT_OK},
+    {"CrlNumberOfFiveOctets", QUILLMARK_DECODE(CRLNumber), from_hex("02 05 01 00 00 00 00"), RT_E_TOOBIG},
+    {"PathLength", QUILLMARK_DECODE(BasicConstraintsSyntax), from_hex("30 03 02 01 00"), RT_OK},
+    {"NoticeWithTextOnly", QUILLMARK_DECODE(QTUserNotice), from_hex("30 03 0c 01 61"), RT_OK},
+    {"NoticeWithTextOfNoKind", QUILLMARK_DECODE(QTUserNotice), from_hex("30 03 13 01 61"), RT_E_SEQOVFL},
+    {"NoticeTextTooLong", QUILLMARK_DECODE(QTUserNotice), element(0x30, text(0x16, 201)), RT_E_CONSVIO},
 };
 INSTANTIATE_TEST_SUITE_P(Bounds, StructureContract, testing::ValuesIn(kBounds), case_name);
 
@@ -231,6 +248,15 @@ const StatusCase kTags[] = {
     {"NameOfNoKind", QUILLMARK_DECODE(Name), from_hex("31 00"), RT_E_INVOPT},
     {"ThirdElementOfIssuerSerial", QUILLMARK_DECODE(IssuerSerial),
      from_hex("30 0b 30 03 82 01 61 02 01 01 03 01 00"), RT_E_SEQOVFL},
+    // Of revocation values and references there are CRLs and OCSP responses, and no other ones.
+    {"OtherRevocationValues", QUILLMARK_DECODE(RevocationValues), from_hex("30 04 a2 02 30 00"),
+     RT_E_SEQOVFL},
+    {"OtherRevocationReference", QUILLMARK_DECODE(CrlOcspRef), from_hex("30 04 a2 02 30 00"), RT_E_SEQOVFL},
+    {"AddressParameterTwice", QUILLMARK_DECODE(PDSParameter), from_hex("31 06 13 01 61 13 01 62"),
+     RT_E_SETDUP},
+    {"UnknownAddressParameter", QUILLMARK_DECODE(PDSParameter), from_hex("31 03 0c 01 61"), RT_E_NOTINSET},
+    {"UnformattedAddressInAnyOrder", QUILLMARK_DECODE(UnformattedPostalAddress),
+     from_hex("31 08 14 01 61 30 03 13 01 62"), RT_OK},
     {"EmptyRequiredSequence", QUILLMARK_DECODE(SignedData), from_hex("30 00"), RT_E_SETMISSING},
     {"CertificatesOfIndefiniteLength", QUILLMARK_DECODE(SignedData),
      join({from_hex("30 80"), kSignedDataHead, from_hex("a0 80"), kSigned, from_hex("00 00"), kNoSigners,
