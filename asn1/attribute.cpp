@@ -8,7 +8,6 @@
 #include "asn1/detail/heap.h"
 #include "asn1/detail/list_traits.h"
 #include "asn1/detail/oid_text.h"
-#include "asn1/detail/set_of_attribute.h"
 #include "asn1/detail/table_constraint.h"
 #include "asn1/detail/text.h"
 #include "asn1data/codecs.h"
@@ -23,8 +22,8 @@ struct Quillmark::detail::Binding<Quillmark::ASN1::ASN1T_Attribute_traits> {
 
 template <>
 struct Quillmark::detail::Binding<Quillmark::ASN1::ASN1T_Attributes_traits> {
-    using Record = asn1data::ASN1T_UnauthAttributes;
-    using Control = SetOfAttribute;
+    using Record = asn1data::ASN1T_SignedAttributes;
+    using Control = asn1data::ASN1C_SignedAttributes;
 };
 
 namespace Quillmark::ASN1 {

@@ -165,66 +165,79 @@ class CAttrStringValue : public CAttrValue {
 
 // Attributes of names (RFC 5280 appendix A, RFC 2985 5.2.1).
 
+/// commonName (RFC 5280 A.1).
 class CAttrCommonName : public CAttrStringValue {
   public:
     explicit CAttrCommonName(const char* text) : CAttrStringValue("2.5.4.3", text) {}
 };
 
+/// surname (RFC 5280 A.1).
 class CAttrSurname : public CAttrStringValue {
   public:
     explicit CAttrSurname(const char* text) : CAttrStringValue("2.5.4.4", text) {}
 };
 
+/// serialNumber (RFC 5280 A.1).
 class CAttrSerialNumber : public CAttrStringValue {
   public:
     explicit CAttrSerialNumber(const char* text) : CAttrStringValue("2.5.4.5", text) {}
 };
 
+/// countryName (RFC 5280 A.1).
 class CAttrCountry : public CAttrStringValue {
   public:
     explicit CAttrCountry(const char* text) : CAttrStringValue("2.5.4.6", text) {}
 };
 
+/// localityName (RFC 5280 A.1).
 class CAttrLocality : public CAttrStringValue {
   public:
     explicit CAttrLocality(const char* text) : CAttrStringValue("2.5.4.7", text) {}
 };
 
+/// stateOrProvinceName (RFC 5280 A.1).
 class CAttrStateOrProvinceName : public CAttrStringValue {
   public:
     explicit CAttrStateOrProvinceName(const char* text) : CAttrStringValue("2.5.4.8", text) {}
 };
 
+/// organizationName (RFC 5280 A.1).
 class CAttrOrganizationName : public CAttrStringValue {
   public:
     explicit CAttrOrganizationName(const char* text) : CAttrStringValue("2.5.4.10", text) {}
 };
 
+/// organizationalUnitName (RFC 5280 A.1).
 class CAttrOrganizationalUnitName : public CAttrStringValue {
   public:
     explicit CAttrOrganizationalUnitName(const char* text) : CAttrStringValue("2.5.4.11", text) {}
 };
 
+/// title (RFC 5280 A.1).
 class CAttrTitle : public CAttrStringValue {
   public:
     explicit CAttrTitle(const char* text) : CAttrStringValue("2.5.4.12", text) {}
 };
 
+/// givenName (RFC 5280 A.1).
 class CAttrGivenName : public CAttrStringValue {
   public:
     explicit CAttrGivenName(const char* text) : CAttrStringValue("2.5.4.42", text) {}
 };
 
+/// initials (RFC 5280 A.1).
 class CAttrInitials : public CAttrStringValue {
   public:
     explicit CAttrInitials(const char* text) : CAttrStringValue("2.5.4.43", text) {}
 };
 
+/// pseudonym (RFC 5280 A.1).
 class CAttrPseudonym : public CAttrStringValue {
   public:
     explicit CAttrPseudonym(const char* text) : CAttrStringValue("2.5.4.65", text) {}
 };
 
+/// emailAddress (RFC 2985 5.2.1).
 class CAttrEmailAddress : public CAttrStringValue {
   public:
     explicit CAttrEmailAddress(const char* text) : CAttrStringValue("1.2.840.113549.1.9.1", text) {}

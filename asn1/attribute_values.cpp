@@ -1,4 +1,5 @@
 #include "asn1/attribute.h"
+#include "asn1/detail/text.h"
 #include "asn1/extension_value.h"
 #include "asn1/name.h"
 
@@ -91,7 +92,7 @@ void CAttrSigningTime::put_time(const CDateTime& time) {
 }
 
 CAttrStringValue::CAttrStringValue(const char* oid, const char* text)
-    : CAttrStringValue(oid, towstring(text).c_str()) {}
+    : CAttrStringValue(oid, towstring(detail::or_empty(text)).c_str()) {}
 
 CAttrStringValue::CAttrStringValue(const char* oid, const wchar_t* text)
     : CAttrValue(oid, CATAVRegister::valueFromStr(oid, text, StringTypeDefault)) {}

@@ -10,6 +10,18 @@
 #include "runtime/time_class.h"
 
 template <>
+struct Quillmark::detail::Binding<Quillmark::ASN1::ASN1T_CRLReason_traits> {
+    using Record = asn1data::ASN1T_CRLReason;
+    using Control = asn1data::ASN1C_CRLReason;
+};
+
+template <>
+struct Quillmark::detail::Binding<Quillmark::ASN1::ASN1T_PrivateKeyUsagePeriod_traits> {
+    using Record = asn1data::ASN1T_PrivateKeyUsagePeriod;
+    using Control = asn1data::ASN1C_PrivateKeyUsagePeriod;
+};
+
+template <>
 struct Quillmark::detail::Binding<Quillmark::ASN1::ASN1T_Time_traits> {
     using Record = asn1data::ASN1T_Time;
     using Control = asn1data::ASN1C_Time;
@@ -20,6 +32,12 @@ namespace Quillmark::ASN1 {
 using asn1data::T_Time_generalTime;
 using asn1data::T_Time_utcTime;
 
+template CBlob asn1Encode<ASN1T_CRLReason_traits, CrlReason>(const CrlReason&);
+template void asn1Decode<ASN1T_CRLReason_traits, CrlReason>(const CBlob&, CrlReason&);
+template CBlob asn1Encode<ASN1T_PrivateKeyUsagePeriod_traits, CExtPrivateKeyUsagePeriod>(
+    const CExtPrivateKeyUsagePeriod&);
+template void asn1Decode<ASN1T_PrivateKeyUsagePeriod_traits, CExtPrivateKeyUsagePeriod>(
+    const CBlob&, CExtPrivateKeyUsagePeriod&);
 template CBlob asn1Encode<ASN1T_Time_traits, CTimeChoice>(const CTimeChoice&);
 template void asn1Decode<ASN1T_Time_traits, CTimeChoice>(const CBlob&, CTimeChoice&);
 
@@ -44,6 +62,8 @@ class CTimeChoiceImpl final : public Choice {
 
 namespace {
 
+constexpr const char* kPrivateKeyUsagePeriod = "2.5.29.16";
+constexpr const char* kReasonCode = "2.5.29.21";
 constexpr const char* kHoldInstructionCode = "2.5.29.23";
 constexpr const char* kInvalidityDate = "2.5.29.24";
 constexpr const char* kCertificateIssuer = "2.5.29.29";
@@ -124,6 +144,29 @@ void CTimeChoice::decode(const CBlob& der) {
     asn1Decode<ASN1T_Time_traits>(der, *this);
 }
 
+CExtCRLReason::CExtCRLReason() : CExtValue(kReasonCode) {}
+
+CExtCRLReason::CExtCRLReason(CrlReason reason) : CExtValue(kReasonCode), reason_(reason) {
+    encode();
+}
+
+CExtCRLReason::CExtCRLReason(const CBlob& der) : CExtValue(kReasonCode, der) {
+    decode();
+}
+
+void CExtCRLReason::encode() {
+    value() = asn1Encode<ASN1T_CRLReason_traits>(reason_);
+}
+
+void CExtCRLReason::decode() {
+    asn1Decode<ASN1T_CRLReason_traits>(get_value(), reason_);
+}
+
+void CExtCRLReason::put_reason(CrlReason reason) {
+    reason_ = reason;
+    encode();
+}
+
 CExtHoldInstructionCode::CExtHoldInstructionCode() : CExtValue(kHoldInstructionCode), code_("") {}
 
 CExtHoldInstructionCode::CExtHoldInstructionCode(const char* code)
@@ -196,6 +239,101 @@ void CExtCertificateIssuer::decode() {
 void CExtCertificateIssuer::put_issuer(const CGeneralNames& issuer) {
     issuer_ = issuer;
     encode();
+}
+
+CExtPrivateKeyUsagePeriod::CExtPrivateKeyUsagePeriod(const CDateTime* notBefore, const CDateTime* notAfter)
+    : CExtValue(kPrivateKeyUsagePeriod) {
+    copy_to_auto_ptr(notBefore_, notBefore);
+    copy_to_auto_ptr(notAfter_, notAfter);
+    encode();
+}
+
+CExtPrivateKeyUsagePeriod::CExtPrivateKeyUsagePeriod(const CBlob& der)
+    : CExtValue(kPrivateKeyUsagePeriod, der) {
+    decode();
+}
+
+CExtPrivateKeyUsagePeriod::CExtPrivateKeyUsagePeriod(const CExtPrivateKeyUsagePeriod& other)
+    : CExtValue(other) {
+    copy_to_auto_ptr(notBefore_, other.get_notBefore());
+    copy_to_auto_ptr(notAfter_, other.get_notAfter());
+}
+
+CExtPrivateKeyUsagePeriod& CExtPrivateKeyUsagePeriod::operator=(const CExtPrivateKeyUsagePeriod& other) {
+    if (this != &other) {
+        CExtValue::operator=(other);
+        copy_to_auto_ptr(notBefore_, other.get_notBefore());
+        copy_to_auto_ptr(notAfter_, other.get_notAfter());
+    }
+    return *this;
+}
+
+CExtPrivateKeyUsagePeriod::~CExtPrivateKeyUsagePeriod() = default;
+
+void CExtPrivateKeyUsagePeriod::encode() {
+    value() = asn1Encode<ASN1T_PrivateKeyUsagePeriod_traits>(*this);
+}
+
+void CExtPrivateKeyUsagePeriod::decode() {
+    // Reading replaces the octets that are read.
+    const CBlob der(get_value());
+    asn1Decode<ASN1T_PrivateKeyUsagePeriod_traits>(der, *this);
+}
+
+void CExtPrivateKeyUsagePeriod::put_notBefore(const CDateTime* notBefore) {
+    copy_to_auto_ptr(notBefore_, notBefore);
+    encode();
+}
+
+void CExtPrivateKeyUsagePeriod::put_notAfter(const CDateTime* notAfter) {
+    copy_to_auto_ptr(notAfter_, notAfter);
+    encode();
+}
+
+void ASN1T_CRLReason_traits::set(ASN1CTXT*, unsigned int& record, const CrlReason& value) {
+    record = value;
+}
+
+void ASN1T_CRLReason_traits::get(const unsigned int& record, CrlReason& value) {
+    value = static_cast<CrlReason>(record);
+}
+
+void ASN1T_CRLReason_traits::copy(ASN1CTXT*, const unsigned int& source, unsigned int& target) {
+    target = source;
+}
+
+void ASN1T_PrivateKeyUsagePeriod_traits::set(ASN1CTXT* ctxt, ASN1_T& record,
+                                             const CExtPrivateKeyUsagePeriod& value) {
+    record.m.notBeforePresent = 0;
+    record.m.notAfterPresent = 0;
+    if (value.get_notBefore() != nullptr) {
+        ASN1GeneralizedTime_traits::set(ctxt, record.notBefore, *value.get_notBefore());
+        record.m.notBeforePresent = 1;
+    }
+    if (value.get_notAfter() != nullptr) {
+        ASN1GeneralizedTime_traits::set(ctxt, record.notAfter, *value.get_notAfter());
+        record.m.notAfterPresent = 1;
+    }
+}
+
+void ASN1T_PrivateKeyUsagePeriod_traits::get(const ASN1_T& record, CExtPrivateKeyUsagePeriod& value) {
+    // Intended: each of the two writes the value's octets, the first with the other date as it was.
+    if (record.m.notBeforePresent) {
+        const CDateTime not_before(record.notBefore);
+        value.put_notBefore(&not_before);
+    } else {
+        value.put_notBefore(nullptr);
+    }
+    if (record.m.notAfterPresent) {
+        const CDateTime not_after(record.notAfter);
+        value.put_notAfter(&not_after);
+    } else {
+        value.put_notAfter(nullptr);
+    }
+}
+
+void ASN1T_PrivateKeyUsagePeriod_traits::copy(ASN1CTXT* ctxt, const ASN1_T& source, ASN1_T& target) {
+    asn1data::asn1Copy_PrivateKeyUsagePeriod(ctxt, const_cast<ASN1_T*>(&source), &target);
 }
 
 void ASN1T_Time_traits::set(ASN1CTXT* ctxt, ASN1_T& record, const CTimeChoice& value) {

@@ -41,6 +41,7 @@ class CGeneralName {
     const CBlob* get_iPAddress() const;
     const wchar_t* get_registeredID() const;
 
+    // Those that take a text throw `E_INVALIDARG` for a null one.
     void put_rfc822Name(const wchar_t* name);
     void put_dNSName(const wchar_t* name);
     /// Takes the DER of a Name; it is not looked at before `encode`.

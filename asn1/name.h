@@ -66,6 +66,7 @@ class CATAVRegister {
     unsigned long maxLength_;
 };
 
+/// The rows of the register by name.
 extern const CATAVRegister& commonNameAttribute;
 extern const CATAVRegister& countryNameAttribute;
 extern const CATAVRegister& localityNameAttribute;

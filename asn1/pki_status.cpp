@@ -8,11 +8,11 @@
 #include "asn1/detail/bridge.h"
 #include "asn1/detail/check.h"
 #include "asn1/detail/heap.h"
+#include "asn1/detail/named_bits.h"
 #include "asn1/detail/text.h"
 #include "asn1data/codecs.h"
 #include "asn1data/control_classes.h"
 #include "asn1data/records.h"
-#include "runtime/bits.h"
 
 template <>
 struct Quillmark::detail::Binding<Quillmark::ASN1::ASN1T_PKIFailureInfo_traits> {
@@ -97,7 +97,8 @@ CLanguageTag::CLanguageTag() : tag_("") {}
 
 CLanguageTag::CLanguageTag(const char* tag) : tag_(normalize(tag).c_str()) {}
 
-CLanguageTag::CLanguageTag(const wchar_t* tag) : CLanguageTag(ASN1::tostring(tag).c_str()) {}
+CLanguageTag::CLanguageTag(const wchar_t* tag)
+    : CLanguageTag(ASN1::tostring(detail::or_empty(tag)).c_str()) {}
 
 void CLanguageTag::assign(const CLanguageTag& other) {
     *this = other;
@@ -108,7 +109,7 @@ CStringProxy CLanguageTag::tostring() const {
 }
 
 std::string CLanguageTag::normalize(const char* tag) {
-    std::string lower(tag == nullptr ? "" : tag);
+    std::string lower(detail::or_empty(tag));
     std::transform(lower.begin(), lower.end(), lower.begin(),
                    [](unsigned char octet) { return static_cast<char>(std::tolower(octet)); });
     return lower;
@@ -124,7 +125,7 @@ CPKIFreeTextString::CPKIFreeTextString(const wchar_t* value, const CLanguageTag&
     : value_(value), language_(language) {}
 
 CPKIFreeTextString::CPKIFreeTextString(const char* value, const CLanguageTag& language)
-    : value_(towstring(value).c_str()), language_(language) {}
+    : value_(towstring(detail::or_empty(value)).c_str()), language_(language) {}
 
 void CPKIFreeTextString::set_value(const wchar_t* value) {
     value_ = CWStringProxy(value);
@@ -220,25 +221,13 @@ void CPKIFreeText_Parse(ASN1CTXT*, CPKIFreeText& text, const asn1data::ASN1T_PKI
 }
 
 void ASN1T_PKIFailureInfo_traits::set(ASN1CTXT*, ASN1_T& record, const CPKIFailureInfo& value) {
-    std::fill(std::begin(record.data), std::end(record.data), std::uint8_t{0});
-    record.numbits = 0;
-    for (unsigned int bit = 0; bit < kFailureBits; ++bit) {
-        if (value.get_bit(bit)) {
-            rtSetBit(record.data, kFailureBits, bit);
-            // Trailing zero bits of named bits are left out in DER (X.690 11.2.2).
-            record.numbits = bit + 1;
-        }
-    }
+    detail::put_named_bits(record, value.get_value(), kFailureBits);
 }
 
 void ASN1T_PKIFailureInfo_traits::get(const ASN1_T& record, CPKIFailureInfo& value) {
     detail::check_argument(record.numbits <= kFailureBits);
     // Intended: bits that the value has already stay.
-    for (unsigned int bit = 0; bit < record.numbits; ++bit) {
-        if (rtTestBit(record.data, record.numbits, bit) != 0) {
-            value.put_bit(bit, true);
-        }
-    }
+    value.put_value(value.get_value() | detail::named_bits(record));
 }
 
 void ASN1T_PKIFailureInfo_traits::copy(ASN1CTXT* ctxt, const ASN1_T& source, ASN1_T& target) {

@@ -79,11 +79,13 @@ class CLanguageTagDefaultRead : public CLanguageTag {
     CLanguageTagDefaultRead() : CLanguageTag("*") {}
 };
 
+/// The tag `en-us`.
 class CLanguageTagEnUs : public CLanguageTag {
   public:
     CLanguageTagEnUs() : CLanguageTag("en-us") {}
 };
 
+/// The tag `ru-ru`.
 class CLanguageTagRuRu : public CLanguageTag {
   public:
     CLanguageTagRuRu() : CLanguageTag("ru-ru") {}

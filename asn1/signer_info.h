@@ -49,6 +49,7 @@ class CSignerInfo {
 bool operator==(const CSignerInfo& left, const CSignerInfo& right);
 bool operator!=(const CSignerInfo& left, const CSignerInfo& right);
 
+/// What the traits' `get` does.
 void ASN1T_SignerInfo_get(CSignerInfo& value, const asn1data::ASN1T_SignerInfo& record);
 
 struct ASN1T_SignerInfo_traits {

@@ -2,7 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+#include <string>
+
 #include "asn1/name.h"
+#include "asn1data/records.h"
+#include "runtime/message_buffer.h"
 #include "tests/support/blob.h"
 #include "tests/support/case_name.h"
 #include "tests/support/der.h"
@@ -151,10 +156,23 @@ TEST(Attributes, ReadInTheOrderOfTheWire) {
     EXPECT_EQ(list, (CAttributes{attribute("1.2.4", {"05 00"}), attribute("1.2.3", {"05 00"})}));
 }
 
+TEST(Attributes, KeepAttributesOfTheSameOid) {
+    const CAttributes list{attribute("1.2.3", {"05 00"}), attribute("1.2.3", {"05 00"})};
+    CAttributes read;
+    read.decode(list.encode());
+    EXPECT_EQ(read, list);
+}
+
+TEST(Attributes, RefuseKnownOidWithWrongValue) {
+    // Intended: found when encoding, not by the receiver.
+    EXPECT_CODE(CRYPT_E_ASN1_INTERNAL, (CAttributes{attribute(kSigningTime, {"02 01 05"})}.encode()));
+}
+
 TEST(Attributes, MayBeEmpty) {
     CAttributes list;
     EXPECT_EQ(hex(list.encode()), "31 00");
-    for (const char* empty : {"31 00", "31 80 00 00"}) {
+    // Intended: fewer than two octets end a set in the indefinite form too.
+    for (const char* empty : {"31 00", "31 80 00 00", "31 80", "31 80 00"}) {
         list.push_back(attribute("1.2.3", {}));
         list.decode(blob(empty));
         EXPECT_TRUE(list.empty());
@@ -163,7 +181,7 @@ TEST(Attributes, MayBeEmpty) {
 
 TEST(Attributes, KeepValueWhenDecodingFails) {
     CAttributes list{attribute("1.2.3", {"05 00"})};
-    for (const char* bad : {"", "30 00", "31 02 05 00", "31 80", "31 80 00", "31 05 30"}) {
+    for (const char* bad : {"", "30 00", "31 02 05 00", "31 80 05 00", "31 05 30"}) {
         EXPECT_CODE(CRYPT_E_ASN1_INTERNAL, list.decode(blob(bad)));
     }
     EXPECT_EQ(list.size(), 1u);
@@ -295,6 +313,42 @@ TEST(AttrStringValue, HasALongestText) {
 
 TEST(AttrStringValue, ReadsHexadecimalDigitsUnderUnregisteredOid) {
     EXPECT_EQ(hex(CAttrStringValue("1.2.3", "#0C0141").get_value()), "0c 01 41");
+    EXPECT_THROW(CAttrStringValue("1.2.3", ""), std::out_of_range);
+}
+
+TEST(AttrStringValue, TakesNullForTheEmptyText) {
+    EXPECT_EQ(hex(CAttrStringValue("2.5.4.3", static_cast<const char*>(nullptr)).get_value()), "0c 00");
+    EXPECT_EQ(hex(CAttrStringValue("2.5.4.3", static_cast<const wchar_t*>(nullptr)).get_value()), "0c 00");
+}
+
+TEST(AttributeRecord, IsCopiedDeeply) {
+    const CAttribute made = attribute("1.2.3", {"05 00", "01 01 ff"});
+    ASN1BERDecodeBuffer target_buffer;
+    asn1data::ASN1T_Attribute target;
+    {
+        ASN1BERDecodeBuffer buffer;
+        asn1data::ASN1T_Attribute source;
+        ASN1T_Attribute_traits::set(buffer.getCtxtPtr(), source, made);
+        ASN1T_Attribute_traits::copy(target_buffer.getCtxtPtr(), source, target);
+    }
+    CAttribute read;
+    ASN1T_Attribute_traits::get(target, read);
+    EXPECT_EQ(read, made);
+}
+
+TEST(AttributesRecord, IsCopiedDeeply) {
+    const CAttributes made{attribute("1.2.4", {"05 00"}), attribute("1.2.3", {})};
+    ASN1BERDecodeBuffer target_buffer;
+    ASN1TSeqOfList target{};
+    {
+        ASN1BERDecodeBuffer buffer;
+        ASN1TSeqOfList source{};
+        ASN1T_Attributes_traits::set(buffer.getCtxtPtr(), source, made);
+        ASN1T_Attributes_traits::copy(target_buffer.getCtxtPtr(), source, target);
+    }
+    CAttributes read;
+    ASN1T_Attributes_traits::get(target, read);
+    EXPECT_EQ(read, made);  // in the order given: it is the encoder that sorts
 }
 
 }  // namespace

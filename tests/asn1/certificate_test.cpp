@@ -65,7 +65,7 @@ TEST(CertificateRecord, OutlivesTheCallThatDecodedIt) {
     EXPECT_EQ(asn1EncodeT<ASN1T_Certificate_traits>(record), certificate("A"));
 }
 
-TEST(CertificateList, GoesBothWays) {
+TEST(CertificateRecords, GoBothWays) {
     using List =
         ASN1TSeqOfList_traits<asn1data::ASN1T_Certificate, ASN1T_Certificate_traits, CBlob, CBlobList>;
     const CBlobList certificates{certificate("A"), certificate("B")};
@@ -77,13 +77,81 @@ TEST(CertificateList, GoesBothWays) {
     EXPECT_EQ(read, certificates);
 }
 
-TEST(CertificateList, RefusesElementThatIsNoCertificate) {
+TEST(CertificateRecords, RefuseElementThatIsNoCertificate) {
     using List =
         ASN1TSeqOfList_traits<asn1data::ASN1T_Certificate, ASN1T_Certificate_traits, CBlob, CBlobList>;
     ASN1BERDecodeBuffer buffer;
     ASN1TSeqOfList record{};
     EXPECT_CODE(CRYPT_E_ASN1_INTERNAL,
                 List::set(buffer.getCtxtPtr(), record, CBlobList{certificate("A"), blob("05 00")}));
+}
+
+TEST(CertificateValues, GoBothWays) {
+    const CCertificateValues values{CCertificateValue(certificate("B")), CCertificateValue(certificate("A"))};
+    const CBlob der = blob_of(sequence({test::octets(certificate("B")), test::octets(certificate("A"))}));
+    EXPECT_EQ(values.encode(), der);
+    CCertificateValues read{CCertificateValue(certificate("C"))};
+    read.decode(der);
+    EXPECT_EQ(read, values);
+}
+
+TEST(CertificateValues, MayBeEmpty) {
+    EXPECT_EQ(test::hex(CCertificateValues().encode()), "30 00");
+    CCertificateValues read{CCertificateValue(certificate("A"))};
+    read.decode(blob("30 00"));
+    EXPECT_TRUE(read.empty());
+}
+
+TEST(CertificateValues, RefuseElementThatIsNoCertificate) {
+    CCertificateValues values{CCertificateValue(certificate("A")), CCertificateValue(blob("05 00"))};
+    EXPECT_CODE(CRYPT_E_ASN1_INTERNAL, values.encode());
+    for (const char* bad : {"", "30 02 30 00", "31 00"}) {
+        EXPECT_CODE(CRYPT_E_ASN1_INTERNAL, values.decode(blob(bad))) << bad;
+    }
+    EXPECT_EQ(values.size(), 2u);
+}
+
+TEST(CertificateValuesRecord, IsCopiedDeeply) {
+    const CCertificateValues values{CCertificateValue(certificate("A"))};
+    ASN1BERDecodeBuffer target_buffer;
+    ASN1TSeqOfList target{};
+    {
+        ASN1BERDecodeBuffer buffer;
+        ASN1TSeqOfList source{};
+        ASN1T_CertificateValues_traits::set(buffer.getCtxtPtr(), source, values);
+        ASN1T_CertificateValues_traits::copy(target_buffer.getCtxtPtr(), source, target);
+    }
+    CCertificateValues read;
+    ASN1T_CertificateValues_traits::get(target, read);
+    EXPECT_EQ(read, values);
+}
+
+TEST(CertificateListRecord, CarriesTheOctetsAsTheyAre) {
+    // No CRL at all: the octets are one element and are not looked into.
+    const CBlob octets = blob("30 03 05 01 00");
+    ASN1BERDecodeBuffer buffer;
+    ASN1TOpenType record{};
+    ASN1T_CertificateList_traits::set(buffer.getCtxtPtr(), record, octets);
+    CBlob read;
+    ASN1T_CertificateList_traits::get(record, read);
+    EXPECT_EQ(read, octets);
+}
+
+TEST(CertificateListRecord, OutlivesTheCallThatDecodedIt) {
+    ASN1BERDecodeBuffer buffer;
+    ASN1TOpenType record{};
+    asn1DecodeT<ASN1T_CertificateList_traits>(blob("30 02 05 00"), buffer.getCtxtPtr(), record);
+    EXPECT_EQ(test::hex(asn1EncodeT<ASN1T_CertificateList_traits>(record)), "30 02 05 00");
+}
+
+TEST(CertificateListRecord, RefusesWhatIsNoElement) {
+    ASN1BERDecodeBuffer buffer;
+    ASN1TOpenType record{};
+    for (const char* bad : {"", "30 84 ff ff ff ff", "00 00"}) {
+        EXPECT_CODE(CRYPT_E_ASN1_INTERNAL,
+                    ASN1T_CertificateList_traits::set(buffer.getCtxtPtr(), record, blob(bad)))
+            << bad;
+    }
 }
 
 }  // namespace

@@ -54,6 +54,7 @@ constexpr KindCase kKinds[] = {
      .type = StringTypeUniversal,
      .text = L"A\u0416",
      .der = "1c 08 00 00 00 41 00 00 04 16"},
+    {.name = "UniversalEmpty", .type = StringTypeUniversal, .text = L"", .der = "1c 00"},
 };
 
 INSTANTIATE_TEST_SUITE_P(X680, CharStringKind, testing::ValuesIn(kKinds), test::case_name);

@@ -6,9 +6,14 @@
 #include "asn1/attribute.h"
 #include "asn1/big_integer.h"
 #include "asn1/codec.h"
+#include "asn1/distribution_point_name.h"
 #include "asn1/extension.h"
+#include "asn1/extension_value.h"
+#include "asn1/info_type_and_value.h"
 #include "asn1/name.h"
 #include "asn1/pki_status.h"
+#include "asn1/signing_certificate.h"
+#include "asn1data/records.h"
 #include "runtime/message_buffer.h"
 #include "tests/support/blob.h"
 #include "tests/support/codec_heap.h"
@@ -49,6 +54,50 @@ TEST(MemoryOfAContext, IsReportedByTheTraits) {
                                ASN1GeneralizedTime_traits::set(ctxt, text, CDateTime(0L, 0)));
     EXPECT_CODE_WITHOUT_MEMORY(CRYPT_E_ASN1_MEMORY, BigIntegerToASN1String(ctxt, CBigInteger(1UL)));
     EXPECT_CODE_WITHOUT_MEMORY(CRYPT_E_ASN1_MEMORY, ASN1T_AlgorithmIdentifier_set(ctxt, "1.2.3", nullptr));
+}
+
+TEST(MemoryOfAContext, IsReportedByFreeText) {
+    CodecHeap heap;
+    ASN1BERDecodeBuffer buffer;
+    asn1data::ASN1T_PKIFreeText record;
+    const CPKIFreeText text(L"a", CLanguageTagEnUs());
+    EXPECT_CODE_WITHOUT_MEMORY(CRYPT_E_ASN1_MEMORY, CPKIFreeText_Encode(buffer.getCtxtPtr(), record, text));
+}
+
+TEST(MemoryOfAContext, IsReportedByTheListOfInfoTypeAndValue) {
+    CodecHeap heap;
+    ASN1BERDecodeBuffer buffer;
+    ASN1TSeqOfList records{};
+    const CInfoTypeAndValueList infos{CInfoTypeAndValue("1.2.3")};
+    EXPECT_CODE_WITHOUT_MEMORY(CRYPT_E_ASN1_MEMORY, ASN1TavList_Encode(infos, records, buffer));
+}
+
+TEST(MemoryOfAContext, IsReportedByTraitsOfStructures) {
+    CodecHeap heap;
+    ASN1BERDecodeBuffer buffer;
+    ASN1CTXT* ctxt = buffer.getCtxtPtr();
+    const CBlob octets = blob("01 02");
+    const CDateTime date(0L, 0);
+    CGeneralName name;
+    name.put_dNSName(L"a");
+    asn1data::ASN1T_GeneralName name_record;
+    asn1data::ASN1T_DistributionPointName point_name;
+    asn1data::ASN1T_OtherHash hash;
+    asn1data::ASN1T_ESSCertID cert;
+    asn1data::ASN1T_PrivateKeyUsagePeriod period;
+    const COtherHashAlgAndValue with_algorithm(octets, CAlgorithmIdentifier("1.2.3"));
+    EXPECT_CODE_WITHOUT_MEMORY(CRYPT_E_ASN1_MEMORY, ASN1T_GeneralName_traits::set(ctxt, name_record, name));
+    EXPECT_CODE_WITHOUT_MEMORY(CRYPT_E_ASN1_MEMORY, ASN1T_DistributionPointName_traits::set(
+                                                        ctxt, point_name, CDistributionPointName({name})));
+    EXPECT_CODE_WITHOUT_MEMORY(CRYPT_E_ASN1_MEMORY,
+                               ASN1T_OtherHash_traits::set(ctxt, hash, COtherHash(octets)));
+    EXPECT_CODE_WITHOUT_MEMORY(CRYPT_E_ASN1_MEMORY,
+                               ASN1T_OtherHash_traits::set(ctxt, hash, COtherHash(with_algorithm)));
+    EXPECT_CODE_WITHOUT_MEMORY(CRYPT_E_ASN1_MEMORY,
+                               ASN1T_ESSCertID_traits::set(ctxt, cert, CESSCertID(octets)));
+    const CExtPrivateKeyUsagePeriod usage_period(&date, nullptr);
+    EXPECT_CODE_WITHOUT_MEMORY(CRYPT_E_ASN1_MEMORY,
+                               ASN1T_PrivateKeyUsagePeriod_traits::set(ctxt, period, usage_period));
 }
 
 TEST(MemoryOfAContext, HasACodeOfItsOwnForASmallNumber) {

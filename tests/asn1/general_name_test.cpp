@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "asn1/choice.h"
 #include "asn1/name.h"
 #include "asn1data/records.h"
 #include "runtime/message_buffer.h"
@@ -89,6 +88,17 @@ TEST(GeneralName, OfNoFormIsCopied) {
     EXPECT_EQ(copy.get_type(), 0u);
 }
 
+TEST(GeneralName, IsCopiedAfterClear) {
+    // A copy of a name after `clear` is one after `clear` itself.
+    CGeneralName name = dns(L"a");
+    name.clear();
+    CGeneralName copy(name);
+    copy = dns(L"b");
+    copy = name;
+    copy = dns(L"c");
+    EXPECT_STREQ(copy.get_dNSName(), L"c");
+}
+
 TEST(GeneralName, IsAssignedToAfterClear) {
     CGeneralName name = dns(L"a");
     name.clear();
@@ -129,6 +139,11 @@ TEST(GeneralNameEquality, LooksAtFirstCharactersOfEveryTextForm) {
     EXPECT_EQ(left, right);
 }
 
+TEST(GeneralNameEquality, TakesEmptyTextsAsEqual) {
+    EXPECT_EQ(dns(L""), dns(L""));
+    EXPECT_NE(dns(L""), dns(L"a"));
+}
+
 TEST(GeneralNameText, ShowsOneCharacter) {
     // Intended: no more than one.
     CGeneralName name;
@@ -146,6 +161,15 @@ TEST(GeneralNameText, ShowsOtherForms) {
     name.put_iPAddress(blob("7f 00 00 01"));
     EXPECT_EQ(name.toString(), L"iPAddress: (to string is not implemented)");
     EXPECT_EQ(directory(kName).toString(), L"directoryName: CN=A");
+}
+
+TEST(GeneralNameText, ShowsTheTerminatorOfEmptyText) {
+    // Intended: the first character of an empty text is its terminator.
+    EXPECT_EQ(dns(L"").toString(), std::wstring(L"dNSName: ", 10));
+}
+
+TEST(GeneralNameText, NeedsADirectoryNameThatIsOne) {
+    EXPECT_CODE(CRYPT_E_ASN1_INTERNAL, directory("04 01 ff").toString());
 }
 
 struct FormCase {
@@ -207,8 +231,9 @@ TEST(GeneralNameCodec, RefusesNameOfNoForm) {
 
 TEST(GeneralNameCodec, RefusesFormsThatAreNotRepresented) {
     CGeneralName name = dns(L"a");
-    // otherName and ediPartyName.
+    // otherName, x400Address and ediPartyName.
     EXPECT_CODE(E_INVALIDARG, name.decode(blob("a0 08 06 02 2a 03 a0 02 05 00")));
+    EXPECT_CODE(E_INVALIDARG, name.decode(blob("a3 02 30 00")));
     EXPECT_CODE(E_INVALIDARG, name.decode(blob("a5 05 a1 03 13 01 41")));
     EXPECT_STREQ(name.get_dNSName(), L"a");
 }
@@ -249,6 +274,23 @@ TEST(GeneralNameCodec, RewritesDirectoryName) {
               "30 16 31 14 30 08 06 03 55 04 03 0c 01 41 30 08 06 03 55 04 04 0c 01 42");
 }
 
+TEST(GeneralNameCodec, RefusesRecordsOfNoForm) {
+    asn1data::ASN1T_GeneralName record;
+    CGeneralName name = dns(L"a");
+    EXPECT_CODE(E_INVALIDARG, ASN1T_GeneralName_traits::get(record, name));
+    record.t = 10;
+    EXPECT_CODE(E_INVALIDARG, ASN1T_GeneralName_traits::get(record, name));
+    EXPECT_EQ(name, dns(L"a"));
+}
+
+TEST(GeneralNames, StopAtANameThatIsNotRepresented) {
+    // A dNSName and an otherName: the list is emptied first and keeps what was read.
+    CGeneralNames names(3, dns(L"old"));
+    EXPECT_CODE(E_INVALIDARG, names.decode(blob("30 0d 82 01 61 a0 08 06 02 2a 03 a0 02 05 00")));
+    ASSERT_EQ(names.size(), 1u);
+    EXPECT_STREQ(names.front().get_dNSName(), L"a");
+}
+
 TEST(GeneralNames, GoBothWaysInOrder) {
     const CBlob der = blob("30 08 82 01 62 82 01 61 81 00");
     CGeneralNames names;
@@ -277,52 +319,6 @@ TEST(GeneralNameRecord, CopiesDeeply) {
     CGeneralName name;
     ASN1T_GeneralName_traits::get(target, name);
     EXPECT_EQ(name, directory(kName));
-}
-
-// The choice framework, on a choice of its own.
-
-class NumberOrText final : public Choice {
-  public:
-    ~NumberOrText() override { delete_value(); }
-    const ChoiceValueTraits* findTraits(unsigned int type) const override {
-        switch (type) {
-            case 1:
-                return &ChoiceValueTraitsT<int, 1>::instance;
-            case 2:
-                return nullptr;
-            default:
-                return &NoChoiceValueTraits::instance;
-        }
-    }
-};
-
-TEST(Choice, RefusesSlotWithoutTraits) {
-    NumberOrText choice;
-    const int number = 5;
-    choice.put(1, &number);
-    EXPECT_CODE(E_INVALIDARG, choice.put(2, &number));
-    EXPECT_EQ(*choice.get<int>(1), 5);
-}
-
-TEST(ChoiceValueTraits, KnowTheirAlternative) {
-    const ChoiceValueTraits& traits = ChoiceValueTraitsT<CBlob, 8>::instance;
-    EXPECT_TRUE(traits.isType(8));
-    EXPECT_FALSE(traits.isType(0));
-    const CBlob source = blob("01");
-    void* value = traits.newValue(&source);
-    const CBlob other = blob("02");
-    traits.copyValue(value, &other);
-    EXPECT_EQ(*static_cast<CBlob*>(value), other);
-    traits.deleteValue(value);
-    traits.deleteValue(nullptr);
-}
-
-TEST(ChoiceValueTraits, HaveASlotOfNoValue) {
-    int target = 0;
-    void* source = &target;
-    void* value = NoChoiceValueTraits::instance.newValue(&source);
-    EXPECT_EQ(*static_cast<void**>(value), &target);
-    NoChoiceValueTraits::instance.deleteValue(value);
 }
 
 }  // namespace

@@ -159,6 +159,15 @@ TEST(AttributeTypeAndValue, GoesBothWays) {
     EXPECT_EQ(read, member);
 }
 
+TEST(AttributeTypeAndValue, IsRefusedInAnotherKindThanItsTypeHas) {
+    // Intended: found when encoding. A country may be written in any kind, an address in IA5 alone.
+    EXPECT_EQ(hex(CAttributeTypeAndValue(L"C=RU", StringTypeUTF8).encode()),
+              "30 09 06 03 55 04 06 0c 02 52 55");
+    EXPECT_CODE(CRYPT_E_ASN1_INTERNAL, CAttributeTypeAndValue(L"E=a@b", StringTypeUTF8).encode());
+    EXPECT_CODE(CRYPT_E_ASN1_INTERNAL, CAttributeTypeAndValue(L"DC=a", StringTypePrintable).encode());
+    EXPECT_NO_THROW(CAttributeTypeAndValue(L"DC=a", StringTypeDefault).encode());
+}
+
 TEST(AttributeTypeAndValue, ReportsBadInput) {
     EXPECT_CODE(E_INVALIDARG, CAttributeTypeAndValue("x", blob("0c 01 41")).encode());
     CAttributeTypeAndValue member("1.2.3", blob("05 00"));

@@ -53,6 +53,9 @@ const OidTextCase kCases[] = {
     {.name = "PlusSign", .text = "+1.+2", .arcs = {1, 2}},                // Intended: a sign passes
     {.name = "MinusSign", .text = "1.-2.3", .arcs = {1, 0xFFFFFFFE, 3}},  // Intended: wraps
     {.name = "FirstArcsUntested", .text = "9.99.1", .arcs = {9, 99, 1}},  // Intended: no range test
+    {.name = "NineDigits", .text = "1.999999999.2", .arcs = {1, 999999999, 2}},
+    {.name = "TenDigits", .text = "1.1000000000.2", .arcs = {1, 1000000000, 2}},
+    {.name = "LeadingZeros", .text = "1.00000000000000000007.2", .arcs = {1, 7, 2}},
     {.name = "LargestLastArc", .text = "1.4294967294", .arcs = {1, 4294967294u}},
     {.name = "AllOnesInnerArc", .text = "1.4294967295.2", .arcs = {1, 4294967295u, 2}},  // Intended
     {.name = "InnerArcCutTo32Bits", .text = "1.4294967296.2", .arcs = {1, 0, 2}},

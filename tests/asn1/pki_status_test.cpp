@@ -101,6 +101,26 @@ TEST(LanguageTag, ComparesExactly) {
     EXPECT_EQ(tag, kEnUs);
 }
 
+TEST(LanguageTag, TakesNullForTheEmptyText) {
+    EXPECT_EQ(CLanguageTag(static_cast<const char*>(nullptr)), CLanguageTag());
+    EXPECT_EQ(CLanguageTag(static_cast<const wchar_t*>(nullptr)), CLanguageTag());
+}
+
+TEST(LanguageTag, HasNamedTexts) {
+    EXPECT_STREQ(kUntagged.tostring().c_str(), "*");
+    EXPECT_STREQ(kEnUs.tostring().c_str(), "en-us");
+    EXPECT_STREQ(kRuRu.tostring().c_str(), "ru-ru");
+    EXPECT_STREQ(CLanguageTag().tostring().c_str(), "");
+}
+
+TEST(FreeTextString, TakesNullForTheEmptyText) {
+    EXPECT_STREQ(CPKIFreeTextString(static_cast<const char*>(nullptr), kEnUs).get_value(), L"");
+    CPKIFreeTextString text(static_cast<const wchar_t*>(nullptr), kEnUs);
+    EXPECT_STREQ(text.get_value(), L"");
+    text.set_value(nullptr);
+    EXPECT_STREQ(text.get_value(), L"");
+}
+
 TEST(FreeTextString, ComparesLanguageAndValue) {
     CPKIFreeTextString text(L"a", kEnUs);
     EXPECT_EQ(text, CPKIFreeTextString("a", kEnUs));
@@ -246,6 +266,31 @@ TEST(StatusInfo, NormalizesReceivedTag) {
     // U+0E01, "EN" as U+0E45 0E4E, U+0E7E.
     status.decode(status_der("e0 b8 81 e0 b9 85 e0 b9 8e e0 b9 be"));
     EXPECT_EQ(status.get_statusString().front().get_language(), CLanguageTag("en"));
+}
+
+TEST(StatusInfo, WritesTheEmptyTagWithBothItsEnds) {
+    // Not the default language: U+0E01, U+0E7E.
+    EXPECT_EQ(status_with(CPKIFreeText(L"ok", CLanguageTag())).encode(),
+              status_der("e0 b8 81 e0 b9 be 6f 6b"));
+    CPKIStatusInfo status;
+    status.decode(status_der("e0 b8 81 e0 b9 be 6f 6b"));
+    EXPECT_EQ(status.get_statusString().front().get_language(), CLanguageTag());
+}
+
+TEST(StatusInfo, ReadsTagByItsLowOctets) {
+    // Intended: of a tag character bits 8 to 15 are tested and bits 0 to 7 taken, so U+10E65 is an "e".
+    CPKIStatusInfo status;
+    status.decode(status_der("e0 b8 81 f0 90 b9 a5 e0 b9 be"));
+    EXPECT_EQ(status.get_statusString().front().get_language(), CLanguageTag("e"));
+}
+
+TEST(StatusInfo, LooksForTagAtTheFrontOnly) {
+    CPKIStatusInfo status;
+    status.decode(status_der("61 e0 b8 81"));
+    EXPECT_EQ(status.get_statusString().front().get_language(), kUntagged);
+    EXPECT_STREQ(status.get_statusString().front().get_value(), L"a\u0E01");
+    status.decode(status_der(""));
+    EXPECT_EQ(status.get_statusString().front(), CPKIFreeTextString(kUntagged));
 }
 
 TEST(StatusInfo, RefusesTagWithoutItsEnd) {

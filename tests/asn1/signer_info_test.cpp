@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "asn1data/codecs.h"
+#include "asn1data/records.h"
+#include "runtime/message_buffer.h"
 #include "tests/support/blob.h"
 #include "tests/support/der.h"
 #include "tests/support/result_code.h"
@@ -104,6 +107,40 @@ TEST(SignerInfo, ComparesEveryField) {
     other = same;
     other.put_signatureAlgorithm(CAlgorithmIdentifier("1.2.9"));
     EXPECT_NE(other, same);
+}
+
+TEST(SignerInfo, PutsItsFields) {
+    CSignerInfo info;
+    info.put_version(3);
+    info.put_issuer(blob("30 00"));
+    info.put_serialNumber(CBigInteger(1UL));
+    info.put_digestAlgorithm(CAlgorithmIdentifier("1.2.3"));
+    info.put_signatureAlgorithm(CAlgorithmIdentifier("1.2.4"));
+    info.put_signature(blob("ab"));
+    EXPECT_EQ(info.get_version(), 3u);
+    EXPECT_EQ(hex(info.get_issuer()), "30 00");
+    EXPECT_EQ(hex(info.get_serialNumber()), "00");
+    EXPECT_STREQ(info.get_digestAlgorithm().get_algorithm(), "1.2.3");
+    EXPECT_STREQ(info.get_signatureAlgorithm().get_algorithm(), "1.2.4");
+    EXPECT_EQ(hex(info.get_signature()), "ab");
+}
+
+TEST(SignerInfoRecord, IsCopiedDeeply) {
+    const CBlob der = signer_by_issuer();
+    ASN1BERDecodeBuffer target_buffer;
+    asn1data::ASN1T_SignerInfo target;
+    {
+        ASN1BERDecodeBuffer buffer(der.pbData(), static_cast<int>(der.cbData()));
+        buffer.init();
+        asn1data::ASN1T_SignerInfo source;
+        ASSERT_EQ(asn1data::asn1D_SignerInfo(buffer.getCtxtPtr(), &source, ASN1EXPL, 0), 0);
+        ASN1T_SignerInfo_traits::copy(target_buffer.getCtxtPtr(), source, target);
+    }
+    CSignerInfo read;
+    ASN1T_SignerInfo_get(read, target);
+    CSignerInfo want;
+    want.decode(der);
+    EXPECT_EQ(read, want);
 }
 
 }  // namespace

@@ -120,6 +120,30 @@ TEST(GeneralizedTime, WritesFractionAndOffset) {
     EXPECT_STREQ(held.text, "20240102030405.25Z");
 }
 
+TEST(GeneralizedTime, LeavesANegativeFractionOut) {
+    Generalized held("20240102030405.5Z");
+    EXPECT_EQ(held.time.setFraction(-1), RT_OK);  // Intended: any number is taken.
+    EXPECT_EQ(held.time.getFraction(), -1);
+    EXPECT_STREQ(held.text, "20240102030405Z");
+}
+
+TEST(GeneralizedTime, EndsInNothingWithoutZAndOffset) {
+    Generalized held("20240102030405Z");
+    EXPECT_EQ(held.time.setUTC(0), RT_OK);
+    EXPECT_STREQ(held.text, "20240102030405");
+}
+
+TEST(GeneralizedTime, OffsetOfMinutesAloneHasASignOfItsOwn) {
+    Generalized held("20240102030405");
+    EXPECT_EQ(held.time.setDiff(0, -30), RT_OK);
+    EXPECT_STREQ(held.text, "20240102030405-0030");
+    EXPECT_EQ(held.time.setDiff(-90), RT_OK);
+    EXPECT_STREQ(held.text, "20240102030405-0130");
+    EXPECT_EQ(held.time.setDiffHour(2), RT_OK);
+    EXPECT_STREQ(held.text, "20240102030405+0230");
+    EXPECT_EQ(held.time.getDiff(), 150);
+}
+
 TEST(GeneralizedTime, LosesLeadingZerosOfTheFraction) {
     Generalized held("20240102030405.05Z");
     EXPECT_EQ(held.time.getFraction(), 5);  // Intended.
@@ -332,11 +356,47 @@ TEST(UTCTime, IsMadeFieldByField) {
     EXPECT_STREQ(held.time.getTimeString(copy, sizeof copy), "240229010203Z");
 }
 
+TEST(UTCTime, KeepsTheLastTwoDigitsOfALaterYear) {
+    Utc held("240102030405Z");
+    EXPECT_EQ(held.time.setYear(2124), RT_OK);
+    EXPECT_EQ(held.time.getYear(), 2124);
+    EXPECT_STREQ(held.text, "240102030405Z");
+    EXPECT_EQ(held.time.setYear(100), RT_OK);
+    EXPECT_STREQ(held.text, "000102030405Z");
+}
+
+TEST(UTCTime, WritesSecondsThatTheTextLeftOut) {
+    Utc held("2401020304-0130");
+    EXPECT_EQ(held.time.getMinute(), 4);
+    EXPECT_EQ(held.time.compileString(), RT_OK);
+    EXPECT_STREQ(held.text, "240102030400-0130");
+}
+
+TEST(UTCTime, SetTime) {
+    const Zone zone("XST-3:30");
+    Utc held;
+    held.time.clear();
+    EXPECT_EQ(held.time.setTime(kInstant, 1), RT_OK);
+    EXPECT_STREQ(held.text, "240102030405Z");
+    EXPECT_EQ(held.time.setDiff(1, 0), RT_OK);
+    EXPECT_EQ(held.time.setUTC(0), RT_OK);
+    EXPECT_EQ(held.time.setTime(kInstant, 1), RT_OK);
+    EXPECT_STREQ(held.text, "240102063405+0330");
+    EXPECT_EQ(held.time.getTime(), kInstant);
+}
+
+TEST(UTCTime, ReportsAMalformedText) {
+    Utc held("240102030405");
+    EXPECT_EQ(held.time.getYear(), RT_E_INVFORMAT);
+    EXPECT_EQ(held.recorded(), RT_E_INVFORMAT);
+}
+
 TEST(UTCTime, HasNoFraction) {
     Utc held("240102030405Z");
     EXPECT_EQ(held.time.getFraction(), 0);
     EXPECT_EQ(held.time.setFraction(0), RT_E_NOTSUPP);
     EXPECT_EQ(held.recorded(), RT_E_NOTSUPP);
+    EXPECT_EQ(held.time.getFraction(), 0);
 }
 
 TEST(UTCTime, KeepsItsZForAZeroFlagAndAZeroOffset) {

@@ -50,6 +50,11 @@ constexpr ParseCase kGeneralizedTimes[] = {
     {.name = "Second60", .text = "20240102030460Z"},
     {.name = "Year0", .text = "00000102030405Z", .want = "0-1-2 3:4:5 . +0:0 utc"},
     {.name = "YearNegative", .text = "-0240102030405Z"},
+    // Intended: the date is read as `sscanf` reads numbers, with blanks and signs in front.
+    {.name = "BlanksInTheDate", .text = " 2024 01 0203Z", .want = "2024-1-2 3:0:0 . +0:0 utc"},
+    {.name = "SignsInTheDate", .text = "2024+1+203Z", .want = "2024-1-2 3:0:0 . +0:0 utc"},
+    {.name = "BlankBeforeTheHours", .text = "20240102 3Z"},
+    {.name = "HourOfOneDigit", .text = "202401023Z", .want = "2024-1-2 3:0:0 . +0:0 utc"},
     {.name = "NoHours", .text = "20240102"},
     {.name = "FractionWithoutSeconds", .text = "20240102.5"},
     {.name = "FractionBehindHours", .text = "2024010203.5Z"},
@@ -75,6 +80,7 @@ constexpr ParseCase kGeneralizedTimes[] = {
     {.name = "OffsetOf13Hours", .text = "20240102030405+1300"},
     {.name = "OffsetOf60Minutes", .text = "20240102030405+0260"},
     {.name = "OffsetWithoutDigits", .text = "20240102030405+"},
+    {.name = "ZBehindOffset", .text = "20240102030405+0230Z", .want = "2024-1-2 3:4:5 . +2:30 utc"},
     {.name = "CharactersBehindZ", .text = "20240102030405ZZ"},
     // Intended: any other end character is that of a local time.
     {.name = "OtherEndCharacter", .text = "20240102030405X", .want = "2024-1-2 3:4:5 . +0:0 local"},
@@ -107,8 +113,17 @@ constexpr ParseCase kUtcTimes[] = {
     {.name = "LeapDayOf2000", .text = "000229030405Z", .want = "2000-2-29 3:4:5 . +0:0 utc"},
     {.name = "LeapDayOfCommonYear", .text = "010229030405Z"},
     {.name = "YearNegative", .text = "-10102030405Z"},
+    {.name = "Year99", .text = "990102030405Z", .want = "1999-1-2 3:4:5 . +0:0 utc"},
+    {.name = "Year00", .text = "000102030405Z", .want = "2000-1-2 3:4:5 . +0:0 utc"},
+    {.name = "Month13", .text = "241302030405Z"},
+    {.name = "Day0", .text = "240100030405Z"},
+    {.name = "Hour24", .text = "240102240000Z"},
+    {.name = "Minute60", .text = "240102036000Z"},
+    {.name = "Second60", .text = "240102030460Z"},
     {.name = "WithoutMinutes", .text = "24010203Z"},
     {.name = "Offset", .text = "2401020304-0130", .want = "2024-1-2 3:4:0 . -1:-30 local"},
+    {.name = "OffsetBehindSeconds", .text = "240102030405+1259", .want = "2024-1-2 3:4:5 . +12:59 local"},
+    {.name = "OffsetOf60Minutes", .text = "2401020304+0160"},
     {.name = "OffsetOfThreeDigits", .text = "2401020304+013"},
     {.name = "OffsetOf13Hours", .text = "2401020304+1300"},
     {.name = "CharactersBehindOffset", .text = "2401020304+0130Z"},
@@ -183,6 +198,13 @@ TEST(MakeGeneralizedTime, WritesOffsetWithItsSign) {
     EXPECT_EQ(make(record), "20240102030405+0015");
 }
 
+TEST(MakeGeneralizedTime, PrefersZToTheOffset) {
+    ASN1TimeRecord record = second_of_january();
+    record.utc = 1;
+    record.diffHour = 2;
+    EXPECT_EQ(make(record), "20240102030405Z");
+}
+
 TEST(MakeGeneralizedTime, RefusesDatesThatDoNotExist) {
     ASN1TimeRecord record = second_of_january();
     record.year = 9999;
@@ -203,6 +225,7 @@ TEST(MakeGeneralizedTime, NeedsRoomForTheTerminator) {
     char buffer[16];
     char* text = buffer;
     EXPECT_EQ(rtMakeGeneralizedTime(ctxt, &record, &text, 14), RT_E_STROVFL);
+    EXPECT_EQ(ctxt.recorded(), RT_E_STROVFL);
     EXPECT_EQ(rtMakeGeneralizedTime(ctxt, &record, &text, 15), RT_OK);
     EXPECT_STREQ(buffer, "20240102030405");
 }
