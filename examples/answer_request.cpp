@@ -3,9 +3,10 @@
 //     answer_request REQUEST RESPONSE CERTIFICATES KEY
 //
 // CERTIFICATES is a PEM file that begins with the authority's own certificate, KEY its private key: a file,
-// or any other name that the platform service opens. Writes the DER of a TimeStampResp (RFC 3161 2.4.2) to
-// RESPONSE: a stamp, or a rejection that says why. A request that is refused is answered and no failure of
-// this program; trouble of its own is one, though the client gets an answer then too.
+// or any other name that the platform service opens, such as
+// "pkcs11:token=T;object=K?module-path=/usr/lib/module.so&pin-value=1234". Writes the DER of a TimeStampResp
+// (RFC 3161 2.4.2) to RESPONSE: a stamp, or a rejection that says why. A request that is refused is answered
+// and no failure of this program; trouble of its own is one, though the client gets an answer then too.
 
 #include <cstdio>
 #include <string>
@@ -43,7 +44,7 @@ class Key {
   public:
     explicit Key(const std::string& container) {
         if (!CryptAcquireContextA(&provider_, container.c_str(), nullptr, PROV_RSA_AES, CRYPT_SILENT)) {
-            throw Failure("opening the key " + container, last_error());
+            throw Failure("opening the key " + name_to_show(container), last_error());
         }
     }
     ~Key() { CryptReleaseContext(provider_, 0); }
@@ -53,6 +54,12 @@ class Key {
     HCRYPTPROV provider() const { return provider_; }
 
   private:
+    // The name of a key may hold a PIN, which is nobody's to read in a log.
+    static std::string name_to_show(const std::string& container) {
+        const std::size_t pin = container.find("pin-value=");
+        return pin == std::string::npos ? container : container.substr(0, pin) + "...";
+    }
+
     HCRYPTPROV provider_ = 0;
 };
 
@@ -96,6 +103,25 @@ void check_request(const PKI::TSP::CRequest& request) {
     }
 }
 
+// The digest to sign with: most keys go with any, and SHA-256 is understood everywhere.
+const char* signing_digest(const std::string& key_algorithm) {
+    struct Row {
+        const char* key_algorithm;
+        const char* digest;
+    };
+    static constexpr Row kBoundDigests[] = {
+        {"1.3.101.112", "2.16.840.1.101.3.4.2.3"},   // Ed25519: SHA-512 (RFC 8419 3.1)
+        {"1.2.643.7.1.1.1.1", "1.2.643.7.1.1.2.2"},  // GOST R 34.10-2012, 256 bits (RFC 9215 3)
+        {"1.2.643.7.1.1.1.2", "1.2.643.7.1.1.2.3"},  // GOST R 34.10-2012, 512 bits
+    };
+    for (const Row& row : kBoundDigests) {
+        if (key_algorithm == row.key_algorithm) {
+            return row.digest;
+        }
+    }
+    return sha256().oid;
+}
+
 // Binds the signature to the certificate (RFC 5816 2.2.1).
 ASN1::CAttributes signing_certificate(const CBlob& der) {
     const Certificate certificate(der);
@@ -136,7 +162,7 @@ PKI::TSP::CToken make_token(const PKI::TSP::CRequest& request, const Authority& 
         token.put_certificates(&authority.certificates);
     }
     token.sign(authority.key.provider(), AT_SIGNATURE, certificate,
-               ASN1::CAlgorithmIdentifierEx(sha256().oid));
+               ASN1::CAlgorithmIdentifierEx(signing_digest(Certificate(certificate).key_algorithm())));
     return token;
 }
 

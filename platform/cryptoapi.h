@@ -122,6 +122,7 @@ typedef struct _CRYPT_ATTRIBUTE {
     DWORD cValue;
     PCRYPT_ATTR_BLOB rgValue;
 } CRYPT_ATTRIBUTE, *PCRYPT_ATTRIBUTE;
+/// A list of attributes. An array of `cAttr`.
 typedef struct _CRYPT_ATTRIBUTES {
     DWORD cAttr;
     PCRYPT_ATTRIBUTE rgAttr;
@@ -281,11 +282,13 @@ QUILLMARK_PLATFORM_API BOOL CertFreeCertificateContext(PCCERT_CONTEXT pCertConte
 
 /* Keys */
 
-/// Opens a key container: a file path (PEM, DER, PKCS #8, PKCS #12) or a URI of a scheme that a loaded
-/// provider knows, in UTF-8. `szProvider` names a module of libcrypto to be loaded first, or is null;
-/// `dwProvType` is not looked at. Keys are loaded now; if a password is needed, loading waits for
+/// Opens a key container: a file path (PEM, DER, PKCS #8, PKCS #12), "pkcs11:..." for a key on a token (RFC
+/// 7512, with `module-path` and `pin-value`), "engine:<id>:<key id>", or a URI of a scheme that a loaded
+/// provider knows, in UTF-8. `szProvider` names a provider or engine of libcrypto to be loaded first, or is
+/// null; `dwProvType` is not looked at. Keys are loaded now; if a password is needed, loading waits for
 /// `CryptSetProvParam`. With CRYPT_VERIFYCONTEXT and a null container the handle has no keys. Fails with
-/// NTE_BAD_KEYSET (no such container, unreadable), NTE_NO_KEY, NTE_PROVIDER_DLL_FAIL, NTE_BAD_FLAGS.
+/// NTE_BAD_KEYSET (no such container, unreadable), NTE_NO_KEY, SCARD_W_WRONG_CHV (a PIN in the name is
+/// wrong), NTE_PROVIDER_DLL_FAIL, NTE_BAD_FLAGS.
 QUILLMARK_PLATFORM_API BOOL CryptAcquireContextA(HCRYPTPROV* phProv, LPCSTR szContainer, LPCSTR szProvider,
                                                  DWORD dwProvType, DWORD dwFlags);
 

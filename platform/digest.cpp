@@ -1,8 +1,12 @@
 #include "platform/detail/digest.h"
 
+#include <openssl/objects.h>
+
 #include <algorithm>
 #include <array>
 #include <atomic>
+
+#include "platform/detail/engine.h"
 
 namespace Quillmark::platform {
 
@@ -62,6 +66,15 @@ constexpr DigestRow kDigests[] = {
      .is_for_signing = false},
 };
 
+// GOST R 34.11-2012 of both lengths and GOST R 34.11-94 (RFC 9215 5, RFC 4490 2). Other identifiers under
+// this arc name keys, signatures, and message authentication codes, which libcrypto keeps among its digests.
+constexpr KnownObjectId kGostArc{"1.2.643"};
+constexpr DigestRow kGostDigests[] = {
+    {.oid = "1.2.643.7.1.1.2.2", .name = "md_gost12_256", .rsa_signature = {}, .ecdsa_signature = {}},
+    {.oid = "1.2.643.7.1.1.2.3", .name = "md_gost12_512", .rsa_signature = {}, .ecdsa_signature = {}},
+    {.oid = "1.2.643.2.2.9", .name = "md_gost94", .rsa_signature = {}, .ecdsa_signature = {}},
+};
+
 // Fetched at first use and kept to the end of the process.
 constinit std::array<std::atomic<EVP_MD*>, std::size(kDigests)> fetched{};
 
@@ -91,6 +104,28 @@ std::optional<Digest> digest_of_row(std::size_t row) {
     return Digest(MdPointer(md), &kDigests[row]);
 }
 
+bool is_under(Octets arc, Octets oid) {
+    return oid.size() > arc.size() && equal(oid.first(arc.size()), arc);
+}
+
+const DigestRow* find_row(std::span<const DigestRow> rows, Octets oid) {
+    const auto row = std::ranges::find_if(rows, [&](const DigestRow& each) { return equal(each.oid, oid); });
+    return row != rows.end() ? &*row : nullptr;
+}
+
+// These come from an engine, so there is nothing to fetch, and the engine owns them.
+std::optional<Digest> find_gost_digest(Octets oid) {
+    const DigestRow* const row = find_row(kGostDigests, oid);
+    if (row == nullptr || !load_gost_engine()) {
+        return std::nullopt;
+    }
+    const EVP_MD* const md = EVP_get_digestbynid(OBJ_txt2nid(object_id_text(oid).c_str()));
+    if (md == nullptr) {
+        return std::nullopt;
+    }
+    return Digest(MdPointer(const_cast<EVP_MD*>(md)), row);  // freeing it does nothing
+}
+
 }  // namespace
 
 Bytes Digest::of(Octets octets) const {
@@ -102,10 +137,11 @@ Bytes Digest::of(Octets octets) const {
 }
 
 std::optional<Digest> find_digest(Octets oid) {
-    const auto* const row =
-        std::ranges::find_if(kDigests, [&](const DigestRow& each) { return equal(each.oid, oid); });
-    if (row != std::end(kDigests)) {
+    if (const DigestRow* const row = find_row(kDigests, oid)) {
         return digest_of_row(static_cast<std::size_t>(row - kDigests));
+    }
+    if (is_under(kGostArc, oid)) {
+        return find_gost_digest(oid);
     }
     MdPointer md = fetch(object_id_text(oid).c_str());
     if (md == nullptr || EVP_MD_get_size(md.get()) <= 0) {

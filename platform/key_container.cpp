@@ -1,7 +1,5 @@
 #include "platform/detail/key_container.h"
 
-#include <cstring>
-
 namespace Quillmark::platform {
 
 namespace {
@@ -14,7 +12,7 @@ constinit HandleTable<KeyContainer> key_containers{kProviderHandle};
 
 KeyContainer::KeyContainer(std::shared_ptr<const PrivateKey> key) : keys_{std::move(key)} {}
 
-KeyContainer::KeyContainer(std::string name, PasswordSource password)
+KeyContainer::KeyContainer(SecretText name, PasswordSource password)
     : name_(std::move(name)), password_(std::move(password)), is_waiting_(true) {
     try {
         load(password_);
@@ -28,6 +26,8 @@ KeyContainer::KeyContainer(std::string name, PasswordSource password)
 void KeyContainer::load(const PasswordSource& password) {
     keys_ = load_private_keys(name_, password);
     is_waiting_ = false;
+    name_ = {};
+    password_ = nullptr;
 }
 
 std::shared_ptr<const PrivateKey> KeyContainer::key(DWORD key_spec) {
@@ -48,13 +48,7 @@ void KeyContainer::set_password(const char* password) {
         return;
     }
     const SecretText text(password);
-    load([&text](char* buffer, int size) {
-        if (text.text().size() > static_cast<std::size_t>(size)) {
-            return -1;
-        }
-        std::memcpy(buffer, text.text().data(), text.text().size());
-        return static_cast<int>(text.text().size());
-    });
+    load(source_of(text));
 }
 
 }  // namespace Quillmark::platform

@@ -3,6 +3,11 @@
 #include <openssl/x509.h>
 
 #include <algorithm>
+#include <atomic>
+#include <new>
+#include <utility>
+
+#include "platform/detail/engine.h"
 
 namespace Quillmark::platform {
 
@@ -33,13 +38,54 @@ Bytes public_bits_of(EVP_PKEY* key) {
 
 }  // namespace
 
-PrivateKey::PrivateKey(KeyPointer key) : key_(std::move(key)), public_bits_(public_bits_of(key_.get())) {}
+PrivateKey::PrivateKey(KeyPointer key, std::shared_ptr<std::mutex> turn)
+    : turn_(std::move(turn)), key_(std::move(key)), public_bits_(public_bits_of(key_.get())) {}
+
+PrivateKey::~PrivateKey() {
+    if (turn_ == nullptr) {
+        return;
+    }
+    const std::unique_lock lock = take_turn();
+    if (has_libcrypto_ended()) {
+        leave_to_the_process();
+        return;
+    }
+    prepared_.clear();
+    key_.reset();
+}
+
+// The engine has ended with libcrypto, and freeing what is the engine's would follow pointers to what is
+// gone. All that is left over at that late hour stays in one list.
+void PrivateKey::leave_to_the_process() {
+    struct Remains {
+        std::vector<Prepared> prepared;
+        KeyPointer key;
+        Remains* next;
+    };
+    static constinit std::atomic<Remains*> all{nullptr};
+    auto* const remains = new (std::nothrow)
+        Remains{std::move(prepared_), std::move(key_), all.load(std::memory_order_relaxed)};
+    if (remains == nullptr) {
+        key_.release();
+        for (Prepared& each : prepared_) {
+            each.context.release();
+        }
+        return;
+    }
+    while (!all.compare_exchange_weak(remains->next, remains)) {
+    }
+}
+
+std::unique_lock<std::mutex> PrivateKey::take_turn() const {
+    return turn_ != nullptr ? std::unique_lock(*turn_) : std::unique_lock<std::mutex>();
+}
 
 bool PrivateKey::has_public_bits(Octets bits) const {
     return public_bits_.empty() || equal(public_bits_, bits);
 }
 
 bool PrivateKey::is_pair_of(const EVP_PKEY* public_key) const {
+    const std::unique_lock lock = take_turn();
     return EVP_PKEY_eq(key_.get(), public_key) == 1;
 }
 
@@ -62,6 +108,7 @@ EVP_MD_CTX* PrivateKey::prepared_context(const SignatureScheme& scheme) const {
 }
 
 void PrivateKey::prepare(const SignatureScheme& scheme) const {
+    const std::unique_lock lock = take_turn();
     prepared_context(scheme);
 }
 
@@ -79,13 +126,14 @@ MdContextPointer PrivateKey::context_for(const SignatureScheme& scheme) const {
 }
 
 Bytes PrivateKey::sign(const SignatureScheme& scheme, Octets octets) const {
+    const std::unique_lock lock = take_turn();
     const MdContextPointer context = context_for(scheme);
     Bytes signature(static_cast<std::size_t>(std::max(EVP_PKEY_get_size(key_.get()), 0)));
     std::size_t size = signature.size();
     // The context signs once, so it may be used up instead of being copied once more.
     EVP_MD_CTX_set_flags(context.get(), EVP_MD_CTX_FLAG_FINALISE);
     if (EVP_DigestSign(context.get(), signature.data(), &size, octets.data(), octets.size()) != 1) {
-        throw Failure{NTE_FAIL};
+        throw Failure{take_refused_question() ? NTE_SILENT_CONTEXT : NTE_FAIL};
     }
     signature.resize(size);
     return signature;

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "platform/detail/border.h"
+#include "platform/detail/engine.h"
 #include "platform/detail/key_container.h"
 #include "platform/key_container.h"
 
@@ -17,12 +18,9 @@ namespace {
 
 constexpr DWORD kKnownFlags = CRYPT_VERIFYCONTEXT | CRYPT_SILENT | CRYPT_MACHINE_KEYSET;
 
-int no_password(char*, int) {
-    return -1;
-}
-
 /// The modules that containers asked for, each held once for the life of the process: keys that came from one
 /// may be in use for as long. Never destroyed, as libcrypto ends before static objects of the application do.
+/// A module is a provider or, in the older form, an engine.
 class LoadedModules {
   public:
     /// Keys of a module are found by the stores once it is loaded; the default provider stays in use beside
@@ -35,7 +33,7 @@ class LoadedModules {
         const LibcryptoScope scope;
         const auto place = held_.emplace(name, nullptr).first;
         place->second = OSSL_PROVIDER_try_load(nullptr, name, 1);
-        if (place->second == nullptr) {
+        if (place->second == nullptr && !load_engine(name)) {
             held_.erase(place);
             throw Failure{NTE_PROVIDER_DLL_FAIL};
         }
@@ -43,7 +41,7 @@ class LoadedModules {
 
   private:
     std::mutex mutex_;
-    std::map<std::string, OSSL_PROVIDER*, std::less<>> held_;
+    std::map<std::string, OSSL_PROVIDER*, std::less<>> held_;  // null for an engine, which stays loaded
 };
 
 LoadedModules& loaded_modules() {
@@ -68,7 +66,7 @@ std::shared_ptr<KeyContainer> open_container(const char* container, const char* 
     if (container == nullptr) {
         throw Failure{NTE_BAD_KEYSET};
     }
-    return std::make_shared<KeyContainer>(container, std::move(password));
+    return std::make_shared<KeyContainer>(SecretText(container), std::move(password));
 }
 
 template <typename Open>
@@ -83,7 +81,7 @@ BOOL answer_handle(HCRYPTPROV* handle, Open&& open) noexcept {
 }
 
 // UTF-8 of `text`, the form of file names; nothing for null.
-std::optional<std::string> narrow(const wchar_t* text) {
+std::optional<SecretText> narrow(const wchar_t* text) {
     if (text == nullptr) {
         return std::nullopt;
     }
@@ -94,11 +92,12 @@ std::optional<std::string> narrow(const wchar_t* text) {
     }
     std::string narrow_text(static_cast<std::size_t>(size), '\0');
     WideCharToMultiByte(CP_UTF8, 0, text, -1, narrow_text.data(), size, nullptr, nullptr);
-    narrow_text.pop_back();
-    return narrow_text;
+    std::optional<SecretText> secret(narrow_text.c_str());
+    OPENSSL_cleanse(narrow_text.data(), narrow_text.size());
+    return secret;
 }
 
-const char* text_or_null(const std::optional<std::string>& text) {
+const char* text_or_null(const std::optional<SecretText>& text) {
     return text ? text->c_str() : nullptr;
 }
 
@@ -126,10 +125,10 @@ BOOL KeyContainerOpen(HCRYPTPROV* phProv, LPCSTR container, LPCSTR module, DWORD
         if (password == nullptr || container == nullptr) {
             return open_container(container, module, flags, no_password);
         }
-        return open_container(container, module, flags,
-                              [password, arg, name = std::string(container)](char* buffer, int size) {
-                                  return password(buffer, size, name.c_str(), arg);
-                              });
+        const auto name = std::make_shared<const SecretText>(container);
+        return open_container(container, module, flags, [password, arg, name](char* buffer, int size) {
+            return password(buffer, size, name->c_str(), arg);
+        });
     });
 }
 
@@ -139,7 +138,7 @@ BOOL KeyContainerFromKey(HCRYPTPROV* phProv, struct evp_pkey_st* key) {
             throw Failure{E_INVALIDARG};
         }
         const LibcryptoScope scope;
-        return std::make_shared<KeyContainer>(std::make_shared<PrivateKey>(share(key)));
+        return std::make_shared<KeyContainer>(make_private_key(share(key)));
     });
 }
 

@@ -1,11 +1,13 @@
 #include "platform/detail/public_key.h"
 
 #include <openssl/decoder.h>
+#include <openssl/x509.h>
 
 #include <mutex>
 #include <utility>
 
 #include "platform/detail/der_writer.h"
+#include "platform/detail/engine.h"
 #include "platform/detail/public_key_cache.h"
 
 namespace Quillmark::platform {
@@ -32,14 +34,22 @@ bool is_point_form(std::uint8_t octet) {
 }
 
 // RFC 3279 2.3.1: the parameters of rsaEncryption are NULL. RFC 5480 2.1.1: those of a certificate's EC key
-// name the curve; 2.2: the point is compressed or not, hybrid forms are not used.
-void check_form(KeyKind kind, Octets parameters, Octets key) {
+// name the curve; 2.2: the point is compressed or not, hybrid forms are not used. RFC 9215 4.2, 4.3: the
+// parameters of a GOST key name the curve in a SEQUENCE, and the point lies in an OCTET STRING.
+void check_form(KeyKind kind, const Bytes& oid, Octets parameters, Octets key) {
     require(!key.empty() && (parameters.empty() || is_one_element(parameters)));
     if (kind == KeyKind::kRsa) {
         require(parameters.empty() || (parameters.size() == 2 && parameters[0] == kNull));
     }
     if (kind == KeyKind::kEc) {
         require(!parameters.empty() && parameters[0] == kObjectId && is_point_form(key[0]));
+    }
+    if (kind == KeyKind::kGost) {
+        require(!parameters.empty() && parameters[0] == kSequence);
+        Element point;
+        require(read_element(key, CRYPT_E_ASN1_CORRUPT, point) == ERROR_SUCCESS &&
+                point.tag == kOctetString && point.whole.size() == key.size() &&
+                point.content.size() == find_gost_row(oid)->point_octets);
     }
 }
 
@@ -89,16 +99,27 @@ constinit KeyDecoder rsa_pss_decoder{"RSA-PSS"};
 constinit KeyDecoder ec_decoder{"EC"};
 constinit KeyDecoder ed25519_decoder{"ED25519"};
 
-KeyDecoder& decoder_for(KeyKind kind) {
+// Keys of engines have no decoder.
+KeyPointer decode_by_engine(Octets info) {
+    if (!load_gost_engine()) {
+        throw Failure{CRYPT_E_UNKNOWN_ALGO};
+    }
+    const std::uint8_t* position = info.data();
+    return KeyPointer(d2i_PUBKEY(nullptr, &position, static_cast<long>(info.size())));
+}
+
+KeyPointer decode(KeyKind kind, Octets info) {
     switch (kind) {
         case KeyKind::kRsa:
-            return rsa_decoder;
+            return rsa_decoder.decode(info);
         case KeyKind::kRsaPss:
-            return rsa_pss_decoder;
+            return rsa_pss_decoder.decode(info);
         case KeyKind::kEc:
-            return ec_decoder;
+            return ec_decoder.decode(info);
         case KeyKind::kEd25519:
-            return ed25519_decoder;
+            return ed25519_decoder.decode(info);
+        case KeyKind::kGost:
+            return decode_by_engine(info);
     }
     refuse();
 }
@@ -117,13 +138,13 @@ KeyPointer find_public_key(const CERT_PUBLIC_KEY_INFO& info) {
     const Octets parameters = octets_of(info.Algorithm.Parameters.pbData, info.Algorithm.Parameters.cbData);
     const Octets bits = octets_of(info.PublicKey.pbData, info.PublicKey.cbData);
     require(info.PublicKey.cUnusedBits == 0);
-    check_form(kind, parameters, bits);
+    check_form(kind, oid, parameters, bits);
 
     const Bytes encoded = encode_info(oid, parameters, bits);
     if (KeyPointer known = cache().find(encoded)) {
         return known;
     }
-    KeyPointer key = decoder_for(kind).decode(encoded);
+    KeyPointer key = decode(kind, encoded);
     require(key != nullptr);
     cache().insert(encoded, key.get());
     return key;

@@ -2,6 +2,7 @@
 
 #include <openssl/rsa.h>
 
+#include <algorithm>
 #include <array>
 
 #include "platform/detail/der_writer.h"
@@ -18,6 +19,19 @@ constexpr KnownObjectId kEd25519{"1.3.101.112"};
 constexpr KnownObjectId kSha1{"1.3.14.3.2.26"};
 constexpr KnownObjectId kSha512{"2.16.840.1.101.3.4.2.3"};
 constexpr std::array<std::uint8_t, 2> kNullElement{kNull, 0};
+
+// RFC 9215 4 (GOST R 34.10-2012), RFC 4491 2.3 (GOST R 34.10-2001)
+constexpr GostRow kGostRows[] = {
+    {.key = "1.2.643.7.1.1.1.1",
+     .digest = "1.2.643.7.1.1.2.2",
+     .signature = "1.2.643.7.1.1.3.2",
+     .point_octets = 64},
+    {.key = "1.2.643.7.1.1.1.2",
+     .digest = "1.2.643.7.1.1.2.3",
+     .signature = "1.2.643.7.1.1.3.3",
+     .point_octets = 128},
+    {.key = "1.2.643.2.2.19", .digest = "1.2.643.2.2.9", .signature = "1.2.643.2.2.3", .point_octets = 64},
+};
 
 [[noreturn]] void refuse() {
     throw Failure{NTE_BAD_ALGID};
@@ -123,6 +137,14 @@ SignatureScheme ecdsa_scheme(const Digest& digest) {
     return plain_scheme(digest);
 }
 
+// A signature is two numbers of the size of a coordinate, whatever their values.
+SignatureScheme gost_scheme(const GostRow& row, const Digest& digest) {
+    if (digest.row() == nullptr || !equal(digest.row()->oid, row.digest)) {
+        refuse();
+    }
+    return {.digest = digest, .pss_mask = {}, .signature_octets = row.point_octets};
+}
+
 Octets oid_of_row(const Digest& digest) {
     if (digest.row() == nullptr) {
         refuse();
@@ -208,7 +230,16 @@ KeyKind key_kind(Octets public_key_oid) {
     if (equal(public_key_oid, kEd25519)) {
         return KeyKind::kEd25519;
     }
+    if (find_gost_row(public_key_oid) != nullptr) {
+        return KeyKind::kGost;
+    }
     throw Failure{CRYPT_E_UNKNOWN_ALGO};
+}
+
+const GostRow* find_gost_row(Octets public_key_oid) {
+    const auto* const row =
+        std::ranges::find_if(kGostRows, [&](const GostRow& each) { return equal(each.key, public_key_oid); });
+    return row != std::end(kGostRows) ? row : nullptr;
 }
 
 bool SignatureScheme::is_same(const SignatureScheme& other) const {
@@ -238,6 +269,8 @@ SignatureScheme scheme_for_signing(const AlgorithmIdentifier& key_algorithm, con
             return ecdsa_scheme(digest);
         case KeyKind::kEd25519:
             return ed25519_scheme(digest);
+        case KeyKind::kGost:
+            return gost_scheme(*find_gost_row(key_algorithm.oid), digest);
     }
     refuse();
 }
@@ -253,6 +286,8 @@ Bytes signature_algorithm_for(const AlgorithmIdentifier& key_algorithm, const Di
             return algorithm_identifier(digest.row()->ecdsa_signature, {});
         case KeyKind::kEd25519:
             return algorithm_identifier(kEd25519, {});
+        case KeyKind::kGost:
+            return algorithm_identifier(key_algorithm.oid, {});
     }
     refuse();
 }
@@ -278,6 +313,11 @@ SignatureScheme scheme_for_verifying(const AlgorithmIdentifier& key_algorithm,
         case KeyKind::kEd25519:
             require(equal(oid, kEd25519));
             return ed25519_scheme(digest);
+        case KeyKind::kGost: {
+            const GostRow& row = *find_gost_row(key_algorithm.oid);
+            require(equal(oid, row.key) || equal(oid, row.signature));
+            return gost_scheme(row, digest);
+        }
     }
     refuse();
 }

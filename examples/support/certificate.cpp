@@ -44,6 +44,10 @@ Quillmark::ASN1::CBigInteger Certificate::serial_number() const {
     return number;
 }
 
+std::string Certificate::key_algorithm() const {
+    return context_->pCertInfo->SubjectPublicKeyInfo.Algorithm.pszObjId;
+}
+
 std::string name_text(const Quillmark::CBlob& name) {
     return attempt("reading a distinguished name", [&] {
         Quillmark::ASN1::CName decoded;

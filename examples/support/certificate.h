@@ -21,6 +21,8 @@ class Certificate {
     Quillmark::CBlob subject() const;
     Quillmark::CBlob issuer() const;
     Quillmark::ASN1::CBigInteger serial_number() const;
+    /// The object identifier of the public key's algorithm.
+    std::string key_algorithm() const;
 
   private:
     PCCERT_CONTEXT context_;

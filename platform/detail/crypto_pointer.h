@@ -38,22 +38,36 @@ inline KeyPointer share(EVP_PKEY* key) {
     return KeyPointer(key);
 }
 
+/// Whether libcrypto has cleaned up behind itself, which it does at the end of the process and before static
+/// objects that are older than its first use. It would follow pointers to what is gone.
+inline bool has_libcrypto_ended() {
+    return OPENSSL_init_crypto(0, nullptr) == 0;
+}
+
 /// A scope that uses libcrypto. The errors that libcrypto queues in it are dropped at its end, so that the
-/// queue of the application stays as it was. Throws `E_FAIL` when libcrypto has cleaned up behind itself,
-/// which it does at the end of the process and before static objects that are older: they may still sign,
-/// verify or open keys then, and libcrypto would follow pointers to what is gone. Freeing its objects stays
-/// safe.
+/// queue of the application stays as it was. Throws `E_FAIL` when libcrypto has ended: static objects may
+/// still sign, verify or open keys then. Freeing its objects stays safe, but for those of engines.
 class LibcryptoScope {
   public:
     LibcryptoScope() {
-        if (OPENSSL_init_crypto(0, nullptr) == 0) {
+        if (has_libcrypto_ended()) {
             throw Failure{E_FAIL};
         }
         ERR_set_mark();
+        ++depth_;
     }
     LibcryptoScope(const LibcryptoScope&) = delete;
     LibcryptoScope& operator=(const LibcryptoScope&) = delete;
-    ~LibcryptoScope() { ERR_pop_to_mark(); }
+    ~LibcryptoScope() {
+        --depth_;
+        ERR_pop_to_mark();
+    }
+
+    /// How many scopes of this thread lie in each other, each with a mark in the queue.
+    static int depth() { return depth_; }
+
+  private:
+    static inline thread_local int depth_ = 0;
 };
 
 }  // namespace Quillmark::platform

@@ -13,7 +13,7 @@ namespace Quillmark::platform {
 /// What is known of a digest and the signature algorithms that name it.
 struct DigestRow {
     KnownObjectId oid;
-    const char* name;
+    const char* name;               // by which libcrypto knows it
     KnownObjectId rsa_signature;    // PKCS #1 v1.5 with this digest
     KnownObjectId ecdsa_signature;  // ECDSA with this digest, none where no identifier exists
     bool is_for_signing = true;

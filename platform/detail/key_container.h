@@ -18,7 +18,7 @@ class KeyContainer {
     explicit KeyContainer(std::shared_ptr<const PrivateKey> key);
     /// The keys of a store. They are loaded now, unless a password is needed and `password` has none yet:
     /// then loading waits for `set_password` or the first use of a key.
-    KeyContainer(std::string name, PasswordSource password);
+    KeyContainer(SecretText name, PasswordSource password);
 
     /// The key for `AT_KEYEXCHANGE` or `AT_SIGNATURE`, 0 meaning the first. One key serves for both; of
     /// several the first is for key exchange and the second for signatures. `NTE_NO_KEY` when there is none,
@@ -32,7 +32,7 @@ class KeyContainer {
     void load(const PasswordSource& password);
 
     std::mutex mutex_;
-    std::string name_;
+    SecretText name_;  // may hold a PIN; both go when the keys are loaded
     PasswordSource password_;
     bool is_waiting_ = false;
     std::vector<std::shared_ptr<const PrivateKey>> keys_;

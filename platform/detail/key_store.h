@@ -1,39 +1,30 @@
 #pragma once
 
-// Private keys out of files and other stores that libcrypto can open.
+// Private keys out of files, engines and other stores that libcrypto can open.
 
-#include <functional>
 #include <memory>
-#include <string>
+#include <string_view>
 #include <vector>
 
+#include "platform/detail/password.h"
 #include "platform/detail/private_key.h"
 
 namespace Quillmark::platform {
 
-/// Text that is wiped when it goes.
-class SecretText {
-  public:
-    SecretText() = default;
-    explicit SecretText(const char* text) : text_(text) {}
-    SecretText(const SecretText&) = delete;
-    SecretText& operator=(const SecretText&) = delete;
-    ~SecretText();
-
-    const std::string& text() const { return text_; }
-
-  private:
-    std::string text_;
-};
-
-/// Writes a password into the buffer and gives its length, or -1 when there is none.
-using PasswordSource = std::function<int(char* buffer, int size)>;
-
-/// The private keys of a store in their order, at least one. `name` is a file path or a URI of a scheme that
-/// a loaded provider knows. `NTE_BAD_KEYSET` when it cannot be opened or read, `NTE_NO_KEY` when no private
-/// key is in it, `NTE_SILENT_CONTEXT` when a password is needed and the source has none, `SCARD_W_WRONG_CHV`
-/// when it is wrong.
-std::vector<std::shared_ptr<const PrivateKey>> load_private_keys(const std::string& name,
+/// The private keys of a container in their order, at least one. `name` is
+///
+///     engine:<id>:<key id>   a key of an engine
+///     pkcs11:...             a key on a token: from a provider that knows the scheme, else from the engine
+///     scheme:...             whatever a loaded provider knows by that scheme
+///     anything else          the path of a file
+///
+/// `NTE_BAD_KEYSET` when it cannot be opened or read, `NTE_NO_KEY` when no private key is in it,
+/// `NTE_SILENT_CONTEXT` when a password is needed and the source has none, `SCARD_W_WRONG_CHV` when it is
+/// wrong, `NTE_PROVIDER_DLL_FAIL` when an engine or a PKCS #11 module cannot be loaded.
+std::vector<std::shared_ptr<const PrivateKey>> load_private_keys(const SecretText& name,
                                                                  const PasswordSource& password);
+
+/// The key, used by one thread at a time if it is not libcrypto's own.
+std::shared_ptr<const PrivateKey> make_private_key(KeyPointer key);
 
 }  // namespace Quillmark::platform

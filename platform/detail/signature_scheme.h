@@ -1,23 +1,35 @@
 #pragma once
 
 // Which signature goes with a public key, a digest and an AlgorithmIdentifier: the rules of RFC 3279, RFC
-// 4055, RFC 5754 and RFC 8419 in one place, for making and for checking signatures.
+// 4055, RFC 5754, RFC 8419, RFC 4490 and RFC 9215 in one place, for making and for checking signatures.
 
 #include "platform/detail/der_fields.h"
 #include "platform/detail/digest.h"
 
 namespace Quillmark::platform {
 
-enum class KeyKind { kRsa, kRsaPss, kEc, kEd25519 };
+enum class KeyKind { kRsa, kRsaPss, kEc, kEd25519, kGost };
 
 /// The kind of key that a public key identifier names. `CRYPT_E_UNKNOWN_ALGO` for another one.
 KeyKind key_kind(Octets public_key_oid);
+
+/// GOST R 34.10: the identifier of a key settles all others.
+struct GostRow {
+    KnownObjectId key;
+    KnownObjectId digest;
+    KnownObjectId signature;  // that names the digest too
+    std::size_t point_octets;
+};
+
+/// The row of a public key identifier, null for keys of other algorithms.
+const GostRow* find_gost_row(Octets public_key_oid);
 
 /// What libcrypto is told about a signature.
 struct SignatureScheme {
     std::optional<Digest> digest;    // none where the key signs the message itself
     std::optional<Digest> pss_mask;  // digest of the mask generation function, with RSASSA-PSS alone
     int pss_salt_octets = 0;
+    std::size_t signature_octets = 0;  // where all signatures have one size, else 0
 
     /// Whether a context that was prepared for `other` serves.
     bool is_same(const SignatureScheme& other) const;

@@ -4,52 +4,11 @@
 #include <openssl/evp.h>
 #include <openssl/pem.h>
 
-#include <cstring>
-#include <fstream>
-
-#include "tests/platform/service.h"
+#include "tests/platform/containers.h"
 #include "tests/support/case_name.h"
 
 namespace Quillmark::test {
 namespace {
-
-const Octets kContent = from_hex("30 03 02 01 05");
-
-struct Acquired {
-    HCRYPTPROV handle = 0;
-    BOOL result;
-    explicit Acquired(const std::string& path, const char* module = nullptr, DWORD flags = CRYPT_SILENT) {
-        result = CryptAcquireContextA(&handle, path.c_str(), module, PROV_RSA_AES, flags);
-    }
-    ~Acquired() {
-        if (handle != 0) {
-            CryptReleaseContext(handle, 0);
-        }
-    }
-    Acquired(const Acquired&) = delete;
-    Acquired& operator=(const Acquired&) = delete;
-};
-
-// Opens a message to be signed with this provider and the certificate of `signer`.
-HCRYPTMSG open_with(HCRYPTPROV provider, const std::string& signer = "tsa_p256",
-                    DWORD key_spec = AT_SIGNATURE) {
-    const SignRequest request{.signers = {{.name = signer, .key_spec = key_spec}}};
-    EncodeRecords records(request);
-    records.signers[0].hCryptProv = provider;
-    return records.open(request);
-}
-
-testing::AssertionResult signs(HCRYPTPROV provider, const std::string& signer = "tsa_p256",
-                               DWORD key_spec = AT_SIGNATURE) {
-    const Message message(open_with(provider, signer, key_spec));
-    if (message.handle() == nullptr || !message.update(kContent)) {
-        return testing::AssertionFailure() << std::hex << GetLastError();
-    }
-    const Certificate certificate(signer + ".der");
-    return message.verify(certificate.info())
-               ? testing::AssertionSuccess()
-               : testing::AssertionFailure() << "does not verify: " << std::hex << GetLastError();
-}
 
 class KeyFile : public testing::TestWithParam<const char*> {};
 
@@ -75,25 +34,6 @@ TEST_P(LockedKeyFile, WaitsForThePassword) {
         CryptSetProvParam(provider.handle, PP_SIGNATURE_PIN, reinterpret_cast<const BYTE*>("secret"), 0))
         << std::hex << GetLastError();
     EXPECT_TRUE(signs(provider.handle));
-}
-
-struct Password {
-    const char* text;
-    int calls = 0;
-    std::string container = {};
-};
-
-int give_password(char* buffer, int size, LPCSTR container, void* argument) {
-    auto& password = *static_cast<Password*>(argument);
-    ++password.calls;
-    password.container = container;
-    if (password.text == nullptr) {
-        return -1;
-    }
-    const int length = static_cast<int>(std::strlen(password.text));
-    EXPECT_LE(length, size);
-    std::memcpy(buffer, password.text, static_cast<std::size_t>(length));
-    return length;
 }
 
 TEST_P(LockedKeyFile, AsksTheCallbackWhenItIsOpened) {

@@ -140,13 +140,15 @@ struct EncodeRecords::Storage {
 
 EncodeRecords::EncodeRecords(const SignRequest& request) : storage_(std::make_unique<Storage>(request)) {
     for (const Signer& signer : storage_->request.signers) {
-        const Provider& provider = storage_->providers.emplace_back(signer.name + ".key");
+        const HCRYPTPROV provider = signer.provider != 0
+                                        ? signer.provider
+                                        : storage_->providers.emplace_back(signer.name + ".key").handle();
         const Certificate& certificate = storage_->certificates.emplace_back(signer.name + ".der");
         auto& with_signature = storage_->attributes(signer.signed_attributes);
         auto& without_signature = storage_->attributes(signer.unsigned_attributes);
         signers.push_back({.cbSize = sizeof(CMSG_SIGNER_ENCODE_INFO),
                            .pCertInfo = certificate.info(),
-                           .hCryptProv = provider.handle(),
+                           .hCryptProv = provider,
                            .dwKeySpec = signer.key_spec,
                            .HashAlgorithm = {.pszObjId = const_cast<char*>(signer.digest.c_str()),
                                              .Parameters = blob(signer.digest_parameters)},

@@ -115,6 +115,7 @@ struct Signer {
     DWORD key_spec = AT_SIGNATURE;
     std::vector<AttributeText> signed_attributes = {};
     std::vector<AttributeText> unsigned_attributes = {};
+    HCRYPTPROV provider = 0;  // instead of the key of that name
 };
 
 struct SignRequest {

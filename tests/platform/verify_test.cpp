@@ -7,39 +7,12 @@
 #include <algorithm>
 #include <memory>
 
-#include "tests/platform/der_tree.h"
-#include "tests/platform/service.h"
+#include "tests/platform/pieces.h"
 
 namespace Quillmark::test {
 namespace {
 
 const Octets kContent = from_hex("30 03 02 01 05");
-
-// A message taken apart, to be put together again with something changed.
-struct Pieces {
-    explicit Pieces(const Octets& message)
-        : data(signed_data_fields(message)), signer(signer_fields(message)) {}
-
-    Octets message() const {
-        std::vector<Octets> fields = data;
-        fields.back() = element(0x31, whole(signer));
-        return sequence({object_id("1.2.840.113549.1.7.2"), element(0xA0, whole(fields))});
-    }
-
-    static Octets whole(const std::vector<Octets>& fields) {
-        Octets all;
-        for (const Octets& field : fields) {
-            all = join({all, field});
-        }
-        return element(0x30, all);
-    }
-
-    // Positions in SignerInfo
-    static constexpr std::size_t kIdentifier = 1, kDigest = 2, kAttributes = 3, kAlgorithm = 4,
-                                 kSignature = 5;
-    std::vector<Octets> data;
-    std::vector<Octets> signer;
-};
 
 Octets signature_of(const std::string& key_file, const EVP_MD* digest, const Octets& octets) {
     FILE* const file = fopen(pki_path(key_file).c_str(), "r");
@@ -66,21 +39,6 @@ void sign_attributes_again(Pieces& pieces) {
 
 SignRequest by_rsa() {
     return {.signers = {{.name = "tsa_rsa2048"}}};
-}
-
-testing::AssertionResult verifies(const Octets& octets, const CERT_INFO* certificate) {
-    const Message message(open_to_decode());
-    if (!message.update(octets)) {
-        return testing::AssertionFailure() << "not read: " << std::hex << GetLastError();
-    }
-    return message.verify(certificate) ? testing::AssertionSuccess()
-                                       : testing::AssertionFailure() << std::hex << GetLastError();
-}
-
-testing::AssertionResult fails_to_verify(DWORD code, const Octets& octets, const CERT_INFO* certificate) {
-    const Message message(open_to_decode());
-    message.update(octets);
-    return fails_with(code, message.verify(certificate));
 }
 
 class AnyKey : public testing::TestWithParam<Signer> {};

@@ -126,6 +126,24 @@ TEST_P(TimeStampWitness, VerifiesATokenSignedAnewHere) {
 
 INSTANTIATE_TEST_SUITE_P(Kinds, TimeStampWitness, testing::Values("rsa2048", "p256", "p384"));
 
+// OpenSSL 3.0 has no Ed25519 in CMS, GnuTLS has.
+TEST(Ed25519Witness, AcceptsMessageSignedHere) {
+    const TemporaryDirectory directory;
+    if (!directory.run("command -v certtool")) {
+        GTEST_SKIP() << "certtool is not installed (Debian: gnutls-bin)";
+    }
+    Octets message = sign({.signers = {{.name = "tsa_ed25519", .digest = kSha512Oid}},
+                           .certificates = {read_pki("tsa_ed25519.der")}},
+                          kContent);
+    const std::string verify = "certtool --p7-verify --inder --infile message.der --load-ca-certificate " +
+                               pki_path("ca.pem") + " 2>&1 | grep 'Signature status: ok'";
+    write_file(directory.path("message.der"), message);
+    EXPECT_TRUE(directory.run(verify));
+    message.back() ^= 1;  // the end of the signature
+    write_file(directory.path("message.der"), message);
+    EXPECT_FALSE(directory.run(verify));
+}
+
 TEST(KeyIdentifierWitness, NamesItsSignerByTheCertificatesKeyIdentifier) {
     const TemporaryDirectory directory;
     write_file(directory.path("content"), kContent);
