@@ -61,6 +61,7 @@ void StringToBigInteger(const char* text, CBigInteger& value);
 /// Writes "0x", two digits for each octet and the terminator.
 void BigIntegerToString(const CBigInteger& value, CBlob& text);
 
+/// `StringToBigInteger` under the name that goes with `BigIntegerToASN1String`.
 void ASN1StringToBigInteger(const char* text, CBigInteger& value);
 /// The text of `value` on the heap of `ctxt`. Throws `CRYPT_E_ASN1_MEMORY`.
 const char* BigIntegerToASN1String(ASN1CTXT* ctxt, const CBigInteger& value);

@@ -115,11 +115,13 @@ int oid2str(CBlob& text, const ASN1OBJID* oid);
 /// `str2oid` by value; throws `E_INVALIDARG`.
 ASN1OBJID toASN1OBJID(const char* text);
 
+/// The dotted text of `oid`.
 CStringProxy toOID(const ASN1OBJID& oid);
 
 // Text. Narrow text is in the system's ANSI code page; a failing conversion throws the code of the last
 // error of the platform.
 
+/// Wide text as narrow text.
 std::string tostring(const wchar_t* text);
 /// The text has 32-bit characters in spite of its type.
 std::string tostring(const unsigned short* text);

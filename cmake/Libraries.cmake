@@ -27,7 +27,8 @@ set_target_properties(quillmark_tsp PROPERTIES
     VERSION ${PROJECT_VERSION} SOVERSION 1 LINK_DEPENDS ${version_script} LINKER_LANGUAGE CXX)
 target_link_libraries(quillmark_tsp PRIVATE quillmark_build_flags quillmark_platform)
 # The heap hooks are data that an application may interpose, so functions alone are bound inside.
-target_link_options(quillmark_tsp PRIVATE -Wl,-Bsymbolic-functions -Wl,--version-script=${version_script})
+target_link_options(quillmark_tsp PRIVATE
+    -Wl,-Bsymbolic-functions -Wl,--version-script=${version_script} -Wl,--gc-sections)
 if(NOT QUILLMARK_SANITIZERS)
     # The sanitizers' run-time comes with the program.
     target_link_options(quillmark_tsp PRIVATE -Wl,--no-undefined)

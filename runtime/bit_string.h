@@ -35,6 +35,7 @@ class QUILLMARK_API ASN1CBitStr : public ASN1CType {
     ASN1CBitStr(const ASN1CBitStr&) = delete;
     ASN1CBitStr& operator=(const ASN1CBitStr&) = delete;
 
+    /// Set, clear or turn over one bit, a range, or clear all.
     int set(uint32_t index);
     int set(uint32_t first, uint32_t last);
     int clear(uint32_t index);
@@ -67,6 +68,7 @@ class QUILLMARK_API ASN1CBitStr : public ASN1CType {
     /// Move every bit away from bit 0.
     int shiftRight(uint32_t distance);
 
+    /// Bits of the last octet behind the end of the string, 0 to 7.
     int unusedBitsInLastUnit() const;
 
     /// The string as a record whose `data` is lent as by `getBytes`.

@@ -67,10 +67,12 @@ struct ASN1BUFSAVE {
     uint16_t flags;
 };
 
+/// What went wrong first.
 struct ASN1ErrInfo {
     int32_t status;  ///< the first status recorded, 0 when none
 };
 
+/// A node of `rtSList`.
 struct rtSListNode {
     void* data;
     rtSListNode* next;
@@ -200,6 +202,7 @@ struct QUILLMARK_API ASN1Context : ASN1CTXT {
     ASN1Context(const ASN1Context&) = delete;
     ASN1Context& operator=(const ASN1Context&) = delete;
 
+    /// Counts one reference more.
     void _ref() { ++refCount; }
     /// Frees the context and deletes the object when the count comes to 0.
     void _unref();

@@ -38,6 +38,7 @@ struct ASN1TPDUSeqOfList : ASN1TSeqOfList, ASN1TPDU {
 
 extern "C" {
 
+/// Makes `list` an empty list.
 QUILLMARK_API void rtDListInit(_Asn1RTDList* list);
 
 /// Insert a new node for `data`. Each returns the node, or null when memory fails or the place does not

@@ -16,6 +16,7 @@
 
 #include "runtime/context.h"
 
+/// The buffer and the part of it that is in use.
 struct ASN1MemBuf {
     ASN1CTXT* ctxt;
     uint32_t segSize;     ///< unit of growth

@@ -42,6 +42,7 @@ class QUILLMARK_API ASN1MessageBufferIF {
 /// A buffer with a context of its own.
 class QUILLMARK_API ASN1MessageBuffer : public ASN1MessageBufferIF {
   public:
+    /// Thrown by constructors that cannot make the context or the buffer.
     class QUILLMARK_API RTLError : public ASN1RTLException {
       public:
         explicit RTLError(int status) : ASN1RTLException(status) {}
@@ -74,6 +75,7 @@ class QUILLMARK_API ASN1MessageBuffer : public ASN1MessageBufferIF {
     Type mBufferType;
 };
 
+/// What buffers of both directions share.
 class QUILLMARK_API ASN1BERMessageBuffer : public ASN1MessageBuffer {
   public:
     ~ASN1BERMessageBuffer() override;
@@ -82,6 +84,7 @@ class QUILLMARK_API ASN1BERMessageBuffer : public ASN1MessageBuffer {
     explicit ASN1BERMessageBuffer(Type type) : ASN1MessageBuffer(type) {}
 };
 
+/// A buffer that is written from its end towards its start.
 class QUILLMARK_API ASN1BEREncodeBuffer : public ASN1BERMessageBuffer {
   public:
     /// A buffer that grows. Throws `RTLError`.
@@ -102,6 +105,7 @@ class QUILLMARK_API ASN1BEREncodeBuffer : public ASN1BERMessageBuffer {
     bool isA(Type type) override;
 };
 
+/// A message of the caller's, to be read.
 class QUILLMARK_API ASN1BERDecodeBuffer : public ASN1BERMessageBuffer {
   public:
     ASN1BERDecodeBuffer();

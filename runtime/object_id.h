@@ -13,6 +13,7 @@
 /// Most arcs that an identifier can have here.
 inline constexpr uint32_t ASN1_K_MAXSUBIDS = 128;
 
+/// An identifier: the number of its arcs and the arcs.
 struct ASN1OBJID {
     uint32_t numids;
     uint32_t subid[ASN1_K_MAXSUBIDS];
@@ -35,6 +36,7 @@ struct QUILLMARK_API ASN1TObjId : ASN1OBJID {
     ASN1TObjId& operator=(const ASN1TObjId& other);
 };
 
+/// As `ASN1TObjId`, with 64-bit arcs.
 struct QUILLMARK_API ASN1TObjId64 : ASN1OID64 {
     ASN1TObjId64() { numids = 0; }
     ASN1TObjId64(unsigned char count, const long long* arcs);

@@ -33,6 +33,7 @@ class QUILLMARK_API ASN1CSeqOfList : public ASN1CType {
     ASN1CSeqOfList(const ASN1CSeqOfList&) = delete;
     ASN1CSeqOfList& operator=(const ASN1CSeqOfList&) = delete;
 
+    /// Appends the pointer, not what it points at.
     int append(void* data);
     /// Appends `count` elements of `elemSize` octets that stay where they are.
     int appendArray(const void* array, int count, int elemSize);
@@ -69,6 +70,7 @@ class QUILLMARK_API ASN1CSeqOfList : public ASN1CType {
     /// The same in the caller's array of `room` elements; null when it is too small.
     void* toArray(void* array, int elemSize, int room) const;
 
+    /// Starts at the first element, for `next`.
     ASN1CSeqOfListIterator iterator();
     /// Starts at the last element, for `prev`.
     ASN1CSeqOfListIterator iteratorFromLast();

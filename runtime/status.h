@@ -4,6 +4,7 @@
 // status, decoders 0 or a negative status. The first status of a call chain stays in
 // `ASN1CTXT::errInfo` (see `rtErrSetData`).
 
+/// Every status.
 enum : int {
     RT_OK = 0,             ///< success
     RT_E_BUFOVFL = -1,     ///< a fixed encode buffer is too small

@@ -12,6 +12,7 @@
 inline constexpr uint16_t RT_STREAM_OUTPUT = 0x0002;
 inline constexpr uint16_t RT_STREAM_BUFFERED_OUTPUT = 0x8000;
 
+/// A stream: its operations and their state.
 struct rtStream {
     /// Reads at most `count` octets; returns their number or a negative status.
     int (*read)(rtStream* stream, uint8_t* data, uint32_t count);

@@ -150,6 +150,7 @@ class QUILLMARK_API ASN1CTime : public ASN1CType {
     char ownBuffer[64];
 };
 
+/// GeneralizedTime (X.680 46), with a year of four digits and a fraction of the second.
 class QUILLMARK_API ASN1CGeneralizedTime : public ASN1CTime {
   public:
     /// On the caller's buffer of `size` octets. `useDerivedUTC` 1 makes times that end in "Z".
@@ -170,6 +171,7 @@ class QUILLMARK_API ASN1CGeneralizedTime : public ASN1CTime {
     int setCentury(int century);
 };
 
+/// UTCTime (X.680 47), with a year of two digits: below 50 it is 20xx, else 19xx.
 class QUILLMARK_API ASN1CUTCTime : public ASN1CTime {
   public:
     /// On the caller's buffer of `size` octets. `useDerivedUTC` 1 makes times that end in "Z".

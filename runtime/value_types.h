@@ -37,6 +37,7 @@ struct ASN1OpenType {
     const uint8_t* data;
 };
 
+/// An open type that starts empty.
 struct ASN1TOpenType : ASN1OpenType {
     ASN1TOpenType() : ASN1OpenType{} {}
 };
@@ -47,6 +48,7 @@ struct Asn1Object : ASN1OpenType {
     void* decoded;
 };
 
+/// An `Asn1Object` that starts empty.
 struct Asn1TObject : Asn1Object {
     Asn1TObject() : Asn1Object{} {}
 };

@@ -19,6 +19,7 @@
 
 namespace Quillmark::PKI::TSP {
 
+/// A time-stamp request.
 class QUILLMARK_API CRequest {
   public:
     /// The fields themselves, and their conversion to and from the codec's record. Private to the library.

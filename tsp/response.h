@@ -16,6 +16,7 @@
 
 namespace Quillmark::PKI::TSP {
 
+/// A time-stamp response: a status, and a token when the status grants one.
 class QUILLMARK_API CResponse {
   public:
     /// The fields themselves. Private to the library.

@@ -30,6 +30,7 @@
 
 namespace Quillmark::PKI::TSP {
 
+/// A time-stamp token, signed or to be signed.
 class QUILLMARK_API CToken {
   public:
     /// The fields themselves, and their conversion to and from the codec's record. Private to the library.

@@ -43,6 +43,7 @@ class QUILLMARK_API CDateTimeSpan {
     CStringProxy tostring() const;
     CWStringProxy towstring() const;
 
+    /// The constants below.
     static const CDateTimeSpan& OneYear() noexcept;
     static const CDateTimeSpan& OneMonth() noexcept;
     static const CDateTimeSpan& OneDay() noexcept;
@@ -86,6 +87,7 @@ class QUILLMARK_API CDateTime {
     CDateTime(const CDateTime& other) noexcept = default;
     CDateTime& operator=(const CDateTime& other) noexcept = default;
 
+    /// The time of the system's clock.
     static CDateTime Now();
 
     /// The fields in UTC. Each throws the platform's code for a time beyond its calendar.
