@@ -67,8 +67,8 @@ void CAlgorithmIdentifier::swap(CAlgorithmIdentifier& other) {
     parameters_.swap(other.parameters_);
 }
 
-void CAlgorithmIdentifier::put_parameters(const CBlob& parameters) {
-    parameters_ = parameters;
+void CAlgorithmIdentifier::put_parameters(CBlob parameters) {
+    parameters_ = std::move(parameters);
 }
 
 CBlob CAlgorithmIdentifier::encode() const {

@@ -29,7 +29,7 @@ class CAlgorithmIdentifier {
     const char* get_algorithm() const { return algorithm_.c_str(); }
     /// The whole DER of the parameters; empty means absent, and a NULL is two octets.
     const CBlob& get_parameters() const { return parameters_; }
-    void put_parameters(const CBlob& parameters);
+    void put_parameters(CBlob parameters);
 
     CBlob encode() const;
     void decode(const CBlob& der);

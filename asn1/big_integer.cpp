@@ -10,7 +10,8 @@
 #include "asn1/detail/heap.h"
 #include "runtime/ber_decode.h"
 #include "runtime/der_encode.h"
-#include "runtime/message_buffer.h"
+#include "runtime/detail/local_buffer.h"
+#include "values/detail/hex_text.h"
 
 namespace Quillmark::ASN1 {
 namespace {
@@ -52,6 +53,37 @@ void write_text(Octets octets, char* text) {
     *text = '\0';
 }
 
+/// The octets of a text that begins with "0x"; any other throws `CRYPT_E_ASN1_INTERNAL`.
+class NumberOctets {
+  public:
+    explicit NumberOctets(const char* text) {
+        const std::size_t size = text == nullptr ? 0 : std::strlen(text);
+        if (size < 3 || std::strncmp(text, "0x", 2) != 0) {
+            throw CAtlException(CRYPT_E_ASN1_INTERNAL);
+        }
+        digits_ = text + 2;
+        count_ = size - 2;
+    }
+
+    /// No number has more octets.
+    std::size_t most() const { return count_ / 2 + 1; }
+
+    template <class Take>
+    void for_each(Take take) const {
+        // Intended: an odd number of digits that begins with another digit is read as it stands, so its last
+        // is lost.
+        const bool half_octet = count_ % 2 != 0 && digits_[0] == '0';
+        if (half_octet) {
+            take(0x00);
+        }
+        detail::for_each_hex_octet(half_octet ? digits_ + 1 : digits_, take);
+    }
+
+  private:
+    const char* digits_;
+    std::size_t count_;
+};
+
 }  // namespace
 
 CBigInteger::CBigInteger(const unsigned char* data, unsigned long length) : CBlob(data, length) {}
@@ -92,7 +124,7 @@ CBigInteger CBigInteger::operator++(int) {
 }
 
 CBlob CBigInteger::encode() const {
-    ASN1BEREncodeBuffer buffer;
+    detail::LocalEncodeBuffer buffer;
     ASN1CTXT* ctxt = buffer.getCtxtPtr();
     const int length = xe_bigint(ctxt, BigIntegerToASN1String(ctxt, *this), ASN1EXPL);
     // An INTEGER has no empty encoding, so nothing written is a failure too.
@@ -103,7 +135,7 @@ CBlob CBigInteger::encode() const {
 }
 
 void CBigInteger::decode(const CBlob& der) {
-    ASN1BERDecodeBuffer buffer(der.pbData(), detail::message_size(der));
+    detail::LocalDecodeBuffer buffer(der.pbData(), detail::message_size(der));
     buffer.init();
     char* text = nullptr;
     detail::check_codec(xd_bigint(buffer.getCtxtPtr(), &text, ASN1EXPL, 0));
@@ -146,18 +178,12 @@ CBigInteger CBigInteger::abs() const {
 }
 
 void StringToBigInteger(const char* text, CBigInteger& value) {
-    if (text == nullptr || std::strlen(text) < 3 || std::strncmp(text, "0x", 2) != 0) {
-        throw CAtlException(CRYPT_E_ASN1_INTERNAL);
-    }
-    const char* digits = text + 2;
-    const bool odd = std::strlen(digits) % 2 != 0;
-    // Intended: an odd number of digits that begins with another digit is read as it stands, so its last is
-    // lost.
-    if (odd && digits[0] == '0') {
-        value.readFromHexString(std::string("0").append(digits).c_str());
-    } else {
-        value.readFromHexString(digits);
-    }
+    NumberOctets number(text);
+    CBlob octets(number.most());
+    unsigned char* end = octets.pbData();
+    number.for_each([&end](unsigned char octet) { *end++ = octet; });
+    octets.resize_to(static_cast<unsigned long>(end - octets.pbData()));
+    value.swap(octets);
 }
 
 void BigIntegerToString(const CBigInteger& value, CBlob& text) {
@@ -189,13 +215,13 @@ const char* DWORDToASN1BigInteger(ASN1CTXT* ctxt, unsigned int value) {
 }
 
 unsigned int ASN1BigIntegerToDWORD(const char* text) {
-    CBigInteger value;
-    StringToBigInteger(text, value);
-    detail::check_argument(value.cbData() <= 4);
     unsigned int number = 0;
-    for (const unsigned char octet : octets_of(value)) {
+    unsigned int count = 0;
+    NumberOctets(text).for_each([&](unsigned char octet) {
         number = number * 11 + octet;  // Intended: the factor is 11; versions have one octet
-    }
+        ++count;
+    });
+    detail::check_argument(count <= 4);
     return number;
 }
 

@@ -10,6 +10,7 @@
 #include "runtime/ber_decode.h"
 #include "runtime/copy.h"
 #include "runtime/der_encode.h"
+#include "runtime/detail/local_buffer.h"
 #include "runtime/message_buffer.h"
 
 namespace Quillmark::ASN1 {
@@ -161,14 +162,14 @@ template <>
 CBlob asn1Encode<ASN1TObjId_traits, const char*>(const char* const& oid) {
     ASN1OBJID record;
     ASN1TObjId_traits::set(nullptr, record, oid);
-    ASN1BEREncodeBuffer buffer;
+    detail::LocalEncodeBuffer buffer;
     const int length = detail::check_codec(xe_objid(buffer.getCtxtPtr(), &record, ASN1EXPL));
     return CBlob(buffer.getMsgPtr(), static_cast<unsigned long>(length));
 }
 
 template <>
 void asn1Decode<ASN1TObjId_traits, CStringProxy>(const CBlob& blob, CStringProxy& oid) {
-    ASN1BERDecodeBuffer buffer(blob.pbData(), detail::message_size(blob));
+    detail::LocalDecodeBuffer buffer(blob.pbData(), detail::message_size(blob));
     buffer.init();
     ASN1OBJID record;
     detail::check_codec(xd_objid(buffer.getCtxtPtr(), &record, ASN1EXPL, 0));

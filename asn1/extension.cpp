@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "asn1/detail/bridge.h"
 #include "asn1/detail/heap.h"
@@ -41,9 +42,9 @@ CExtValue::CExtValue() : oid_("") {}
 
 CExtValue::CExtValue(const char* oid) : oid_(oid) {}
 
-CExtValue::CExtValue(const char* oid, const CBlob& value) : oid_(oid), value_(value) {}
+CExtValue::CExtValue(const char* oid, CBlob value) : oid_(oid), value_(std::move(value)) {}
 
-CExtension::CExtension(const CExtValue& value, bool critical) : value_(value), critical_(critical) {}
+CExtension::CExtension(CExtValue value, bool critical) : value_(std::move(value)), critical_(critical) {}
 
 CBlob CExtension::encode() const {
     return asn1Encode<ASN1T_Extension_traits>(*this);
@@ -63,12 +64,12 @@ CExtensions::const_iterator CExtensions::find(const char* oid) const {
     return const_cast<CExtensions*>(this)->find(oid);
 }
 
-void CExtensions::insert(const CExtension& extension) {
+void CExtensions::insert(CExtension extension) {
     const iterator position = find(extension.get_extnID());
     if (position == end()) {
-        push_back(extension);
+        push_back(std::move(extension));
     } else {
-        *position = extension;
+        *position = std::move(extension);
     }
 }
 
@@ -96,8 +97,8 @@ void ASN1T_Extension_traits::set(ASN1CTXT* ctxt, ASN1_T& record, const CExtensio
 }
 
 void ASN1T_Extension_traits::get(const ASN1_T& record, CExtension& value) {
-    value.value_ = CExtValue(detail::OidText(record.extnID).c_str());
-    value.value_.value().assign(record.extnValue.data, record.extnValue.numocts);
+    value.value_ = CExtValue(detail::OidText(record.extnID).c_str(),
+                             CBlob(record.extnValue.data, record.extnValue.numocts));
     value.critical_ = record.critical != 0;
 }
 

@@ -22,7 +22,7 @@ class CExtValue {
   public:
     CExtValue();
     explicit CExtValue(const char* oid);
-    CExtValue(const char* oid, const CBlob& value);
+    CExtValue(const char* oid, CBlob value);
 
     const char* get_oid() const { return oid_.c_str(); }
     const CBlob& get_value() const { return value_; }
@@ -37,7 +37,7 @@ class CExtValue {
 class CExtension {
   public:
     CExtension() = default;
-    explicit CExtension(const CExtValue& value, bool critical = false);
+    explicit CExtension(CExtValue value, bool critical = false);
 
     const char* get_extnID() const { return value_.get_oid(); }
     const CBlob& get_extnValue() const { return value_.get_value(); }
@@ -65,7 +65,7 @@ class CExtensions : public std::list<CExtension> {
     iterator find(const char* oid);
     const_iterator find(const char* oid) const;
     /// Overwrites the extension of the same OID in its place, else appends.
-    void insert(const CExtension& extension);
+    void insert(CExtension extension);
     /// Removes the first extension of that OID, if there is one.
     void erase(const char* oid);
 

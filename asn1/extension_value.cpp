@@ -75,9 +75,10 @@ constexpr unsigned int kLastYearOfUTCTime = 2049;
 const char* time_text(ASN1CTXT* ctxt, const CDateTime& date, ASN1CTime&& time) {
     const _SYSTEMTIME fields = date.getSystemTime();
     time.clear();
+    // The hour last: each setter renews the text once year, month, day and hour are there.
     const bool written = time.setYear(fields.wYear) == 0 && time.setMonth(fields.wMonth) == 0 &&
-                         time.setDay(fields.wDay) == 0 && time.setHour(fields.wHour) == 0 &&
-                         time.setMinute(fields.wMinute) == 0 && time.setSecond(fields.wSecond) == 0;
+                         time.setDay(fields.wDay) == 0 && time.setMinute(fields.wMinute) == 0 &&
+                         time.setSecond(fields.wSecond) == 0 && time.setHour(fields.wHour) == 0;
     const int length = time.getTimeStringLen();
     if (!written || length <= 0) {
         throw CAtlException(CRYPT_E_ASN1_INTERNAL);

@@ -14,10 +14,16 @@ OidText::OidText(const ASN1OBJID& oid) {
     const std::uint32_t count = std::min(oid.numids, ASN1_K_MAXSUBIDS);
     char* end = text_;
     for (std::uint32_t i = 0; i < count; ++i) {
-        if (i != 0) {
-            *end++ = '.';
+        const std::uint32_t arc = oid.subid[i];
+        if (arc < 10) {  // as most are
+            *end++ = static_cast<char>('0' + arc);
+        } else {
+            end = std::to_chars(end, text_ + kRoom, arc).ptr;
         }
-        end = std::to_chars(end, text_ + kRoom, oid.subid[i]).ptr;
+        *end++ = '.';
+    }
+    if (end != text_) {
+        --end;  // the last full stop gives way to the terminator
     }
     *end++ = '\0';
     size_ = static_cast<std::size_t>(end - text_);
@@ -28,11 +34,35 @@ OidText::OidText(const ASN1OBJID& oid) {
 namespace Quillmark::ASN1 {
 namespace {
 
-const char* skip_blanks(const char* text) {
-    while (std::isspace(static_cast<unsigned char>(*text)) != 0) {
-        ++text;
+bool ends_arc(char c) {
+    return c == '.' || c == '\0';
+}
+
+/// Reads an arc of up to nine digits with nothing around it, as nearly all are. Returns where it ends, null
+/// for any other text.
+const char* read_plain_arc(const char* text, std::uint32_t& arc) {
+    const char* digit = text;
+    for (arc = 0; *digit >= '0' && *digit <= '9'; ++digit) {
+        if (digit - text == 9) {
+            return nullptr;  // ten digits may not fit 32 bits
+        }
+        arc = arc * 10 + static_cast<std::uint32_t>(*digit - '0');
     }
-    return text;
+    return digit != text && ends_arc(*digit) ? digit : nullptr;
+}
+
+/// Reads an arc with what may stand around it. Intended: strtoul lets blanks and a sign stand in front, and
+/// the value is cut to 32 bits.
+const char* read_any_arc(const char* text, std::uint32_t& arc) {
+    char* end = nullptr;
+    arc = static_cast<std::uint32_t>(std::strtoul(text, &end, 10));
+    if (end == text) {
+        return nullptr;
+    }
+    while (std::isspace(static_cast<unsigned char>(*end)) != 0) {
+        ++end;
+    }
+    return ends_arc(*end) ? end : nullptr;
 }
 
 }  // namespace
@@ -43,23 +73,24 @@ int str2oid(const char* text, ASN1OBJID* oid) {
         return 1;
     }
     for (;;) {
-        char* number_end = nullptr;
-        // Intended: strtoul lets blanks and a sign stand in front, and the value is cut to 32 bits.
-        const auto arc = static_cast<std::uint32_t>(std::strtoul(text, &number_end, 10));
-        if (number_end == text || oid->numids == ASN1_K_MAXSUBIDS) {
+        std::uint32_t arc = 0;
+        const char* end = read_plain_arc(text, arc);
+        if (end == nullptr) {
+            end = read_any_arc(text, arc);
+        }
+        if (end == nullptr || oid->numids == ASN1_K_MAXSUBIDS) {
             return 1;
         }
-        text = skip_blanks(number_end);
-        const bool last = *text == '\0';
+        const bool last = *end == '\0';
         // Intended: what strtoul makes of an overlong number is refused in the last arc alone.
-        if (last ? arc == 0xFFFFFFFFu : *text != '.') {
+        if (last && arc == 0xFFFFFFFFu) {
             return 1;
         }
         oid->subid[oid->numids++] = arc;
         if (last) {
             return 0;
         }
-        ++text;
+        text = end + 1;
     }
 }
 

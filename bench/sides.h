@@ -29,6 +29,18 @@ class ResponseEncoder {
     State* state_;
 };
 
+/// The message service alone: a message like that of a stamp, opened, signed and closed again and again.
+class SignedMessage {
+  public:
+    explicit SignedMessage(KeyKind kind);
+    ~SignedMessage();
+    void build() const;
+
+  private:
+    struct State;
+    State* state_;
+};
+
 }  // namespace ours
 
 namespace openssl {

@@ -31,5 +31,7 @@ endif()
 function(quillmark_add_floor name)
     add_library(${name} OBJECT ${ARGN})
     target_compile_features(${name} PUBLIC cxx_std_17 PRIVATE cxx_std_20)
+    # Functions are bound inside the library when it is linked, so the compiler may take them for what they are.
+    target_compile_options(${name} PRIVATE -fno-semantic-interposition)
     target_link_libraries(${name} PRIVATE quillmark_build_flags)
 endfunction()

@@ -129,14 +129,13 @@ int read_objid(ASN1CTXT* ctxt, ASN1OBJID* value, int length) {
     const uint8_t* const end = octet + count;
     // The first subidentifier makes two arcs: it is gathered as the second and split afterwards.
     uint32_t numids = 1;
-    while (octet != end && numids < ASN1_K_MAXSUBIDS) {
-        uint32_t arc = 0;
-        bool more = true;
-        while (more && octet != end) {
-            arc = arc << 7 | (*octet & 0x7F);
-            more = (*octet++ & 0x80) != 0;
+    uint32_t arc = 0;
+    for (; octet != end && numids < ASN1_K_MAXSUBIDS; ++octet) {
+        arc = arc << 7 | (*octet & 0x7F);
+        if ((*octet & 0x80) == 0 || octet + 1 == end) {
+            value->subid[numids++] = arc;
+            arc = 0;
         }
-        value->subid[numids++] = arc;
     }
     value->numids = numids;
     const uint32_t joined = value->subid[1];
@@ -148,6 +147,9 @@ int read_objid(ASN1CTXT* ctxt, ASN1OBJID* value, int length) {
 }  // namespace
 
 int Quillmark::detail::take_primitive_header(ASN1CTXT* ctxt, uint8_t identifier, int& length) {
+    if (take_short_header(ctxt, identifier, length)) {
+        return RT_OK;
+    }
     const int status = take_identifier(ctxt, identifier);
     return status == RT_OK ? xd_len(ctxt, &length) : status;
 }

@@ -1,6 +1,7 @@
 // INTEGER of any size (X.690 8.3) as text.
 
 #include <algorithm>
+#include <array>
 #include <optional>
 #include <string_view>
 
@@ -20,75 +21,94 @@ namespace {
 
 constexpr uint8_t kInteger = 2;
 
+// The value of every character as a hexadecimal digit; one that is none has high bits.
+constexpr std::array<uint8_t, 256> kDigitValues = [] {
+    std::array<uint8_t, 256> values{};
+    values.fill(0xFF);
+    for (uint8_t digit = 0; digit < 10; ++digit) {
+        values['0' + digit] = digit;
+    }
+    for (uint8_t letter = 0; letter < 6; ++letter) {
+        values['a' + letter] = values['A' + letter] = static_cast<uint8_t>(10 + letter);
+    }
+    return values;
+}();
+
 // Digits of a base that divides an octet evenly.
+template <unsigned BitsPerDigit>
 class OctetDigits {
   public:
-    OctetDigits(std::string_view digits, unsigned bits_per_digit)
-        : digits_(digits), bits_(bits_per_digit), per_octet_(8 / bits_per_digit) {}
+    explicit OctetDigits(std::string_view digits) : digits_(digits) {}
 
     bool valid() const {
-        return std::all_of(digits_.begin(), digits_.end(), [this](char c) { return value(c) >> bits_ == 0; });
+        unsigned all = 0;
+        for (const char c : digits_) {
+            all |= value(c);
+        }
+        return all >> BitsPerDigit == 0;
     }
     bool empty() const { return digits_.empty(); }
-    bool whole_octets() const { return digits_.size() % per_octet_ == 0; }
+    bool whole_octets() const { return digits_.size() % kPerOctet == 0; }
     /// Of the first digit.
-    bool top_bit() const { return !empty() && value(digits_.front()) >> (bits_ - 1) != 0; }
-    size_t octet_count() const { return (digits_.size() + per_octet_ - 1) / per_octet_; }
+    bool top_bit() const { return !empty() && value(digits_.front()) >> (BitsPerDigit - 1) != 0; }
+    size_t octet_count() const { return (digits_.size() + kPerOctet - 1) / kPerOctet; }
 
     void drop_zero_digits() {
         digits_.remove_prefix(std::min(digits_.find_first_not_of('0'), digits_.size()));
     }
     void drop_all_ones_octets() {
-        while (!empty() && octet_before(digits_.size() - per_octet_) == 0xFF) {
-            digits_.remove_prefix(per_octet_);
+        while (!empty() && octet(0, kPerOctet) == 0xFF) {
+            digits_.remove_prefix(kPerOctet);
         }
     }
     size_t size() const { return digits_.size(); }
 
     void put(uint8_t* behind) const {
-        for (size_t left = 0; left < digits_.size(); left += per_octet_) {
-            *--behind = octet_before(left);
+        size_t end = digits_.size();
+        for (; end >= kPerOctet; end -= kPerOctet) {
+            *--behind = octet(end - kPerOctet, end);
+        }
+        if (end != 0) {
+            *--behind = octet(0, end);
         }
     }
 
   private:
-    static unsigned value(char c) {
-        if (c >= '0' && c <= '9') {
-            return static_cast<unsigned>(c - '0');
-        }
-        const char lower = static_cast<char>(c | 0x20);
-        return lower >= 'a' && lower <= 'f' ? static_cast<unsigned>(lower - 'a') + 10 : 0xFF;
-    }
+    static constexpr size_t kPerOctet = 8 / BitsPerDigit;
 
-    // The octet whose last digit has `behind` digits behind it; incomplete at the front of the text.
-    uint8_t octet_before(size_t behind) const {
-        const size_t end = digits_.size() - behind;
+    static unsigned value(char c) { return kDigitValues[static_cast<uint8_t>(c)]; }
+
+    uint8_t octet(size_t begin, size_t end) const {
         unsigned octet = 0;
-        for (size_t i = end - std::min(end, per_octet_); i < end; ++i) {
-            octet = octet << bits_ | value(digits_[i]);
+        for (size_t i = begin; i < end; ++i) {
+            octet = octet << BitsPerDigit | value(digits_[i]);
         }
         return static_cast<uint8_t>(octet);
     }
 
     std::string_view digits_;
-    unsigned bits_;
-    size_t per_octet_;
 };
 
-std::optional<OctetDigits> octet_digits(std::string_view text) {
+using HexDigits = OctetDigits<4>;
+using BinaryDigits = OctetDigits<1>;
+
+// Hands the digits of a text in such a base to `write`; nothing for a text in another base.
+template <typename Write>
+std::optional<int> write_octet_digits(std::string_view text, Write write) {
     if (text == "0") {
-        return OctetDigits({}, 4);
+        return write(HexDigits({}));
     }
     if (text.starts_with("0x")) {
-        return OctetDigits(text.substr(2), 4);
+        return write(HexDigits(text.substr(2)));
     }
     if (text.starts_with("0b")) {
-        return OctetDigits(text.substr(2), 1);
+        return write(BinaryDigits(text.substr(2)));
     }
     return std::nullopt;
 }
 
-int write_digits(ASN1CTXT* ctxt, const OctetDigits& digits, std::optional<uint8_t> front) {
+template <typename Digits>
+int write_digits(ASN1CTXT* ctxt, const Digits& digits, std::optional<uint8_t> front) {
     const size_t size = digits.octet_count() + (front ? 1 : 0);
     uint8_t* octets;
     const int status = take_front(ctxt, octets, size);
@@ -102,7 +122,11 @@ int write_digits(ASN1CTXT* ctxt, const OctetDigits& digits, std::optional<uint8_
     return static_cast<int>(size);
 }
 
-int write_signed(ASN1CTXT* ctxt, OctetDigits digits) {
+template <typename Digits>
+int write_signed(ASN1CTXT* ctxt, Digits digits) {
+    if (!digits.valid()) {
+        return RT_E_BADVALUE;
+    }
     const bool negative = digits.whole_octets() && digits.top_bit();
     if (negative) {
         digits.drop_all_ones_octets();
@@ -119,7 +143,11 @@ int write_signed(ASN1CTXT* ctxt, OctetDigits digits) {
 }
 
 // Intended: a set top bit gets its octet 00 only where the text asks for it by leading zeros.
-int write_magnitude(ASN1CTXT* ctxt, OctetDigits digits) {
+template <typename Digits>
+int write_magnitude(ASN1CTXT* ctxt, Digits digits) {
+    if (!digits.valid()) {
+        return RT_E_BADVALUE;
+    }
     const size_t given = digits.size();
     digits.drop_zero_digits();
     std::optional<uint8_t> front;
@@ -144,11 +172,9 @@ int write_decimal(ASN1CTXT* ctxt, const char* text) {
 }
 
 int write_number(ASN1CTXT* ctxt, const char* text) {
-    const std::optional<OctetDigits> digits = octet_digits(text);
-    if (!digits) {
-        return write_decimal(ctxt, text);
-    }
-    return digits->valid() ? write_signed(ctxt, *digits) : RT_E_BADVALUE;
+    const std::optional<int> written =
+        write_octet_digits(text, [ctxt](auto digits) { return write_signed(ctxt, digits); });
+    return written ? *written : write_decimal(ctxt, text);
 }
 
 bool is_empty(const char* text) {
@@ -212,11 +238,9 @@ int xe_biguint(ASN1CTXT* ctxt, const char* text, ASN1TagType tagging) {
     if (is_empty(text)) {
         return RT_E_BADVALUE;
     }
-    const std::optional<OctetDigits> digits = octet_digits(text);
-    if (!digits || !digits->valid()) {
-        return RT_E_BADVALUE;
-    }
-    return finish_value(ctxt, kInteger, tagging, write_magnitude(ctxt, *digits));
+    const std::optional<int> written =
+        write_octet_digits(text, [ctxt](auto digits) { return write_magnitude(ctxt, digits); });
+    return finish_value(ctxt, kInteger, tagging, written.value_or(RT_E_BADVALUE));
 }
 
 int xd_bigint(ASN1CTXT* ctxt, char** text, ASN1TagType tagging, int length) {

@@ -2,9 +2,13 @@
 
 #include <cassert>
 
+#include "runtime/detail/buffer_room.h"
 #include "runtime/list.h"
 #include "runtime/message_buffer.h"
 #include "runtime/stream.h"
+
+using Quillmark::detail::kFixedRoom;
+using Quillmark::detail::kHeapRoom;
 
 namespace {
 
@@ -20,7 +24,7 @@ void share_heap(rtMemHeap** cell, rtMemHeap** from) {
 }
 
 void free_buffer(ASN1CTXT* ctxt) {
-    if (ctxt->buffer.dynamic == 0 || ctxt->buffer.data == nullptr) {
+    if (ctxt->buffer.dynamic != kHeapRoom || ctxt->buffer.data == nullptr) {
         return;
     }
     if ((ctxt->flags & RT_F_SAVEBUF) != 0) {
@@ -61,11 +65,11 @@ int rtInitContextBuffer(ASN1CTXT* ctxt, const uint8_t* buffer, uint32_t size) {
         .byteIndex = 0,
         .size = size,
         .bitOffset = 8,
-        .dynamic = 0};
+        .dynamic = kFixedRoom};
     if (buffer == nullptr) {
         fresh.size = size == 0 ? kDefaultBufferSize : size;
         fresh.data = static_cast<uint8_t*>(rtMemHeapAlloc(&ctxt->msgHeap, fresh.size));
-        fresh.dynamic = 1;
+        fresh.dynamic = kHeapRoom;
         if (fresh.data == nullptr) {
             return RT_E_NOMEM;
         }

@@ -36,6 +36,24 @@ struct Reader : ASN1CTXT {
     Reader() : ASN1CTXT{} { magic = RT_MAGIC; }
 };
 
+// Of an element with one identifier octet and one or two further length octets at most, as nearly all have;
+// 0 for any other, and for one that is not all there.
+int plain_size(const uint8_t* data, uint32_t available) {
+    constexpr uint8_t kLongNumber = 0x1F;
+    if (available < 4 || (data[0] & kLongNumber) == kLongNumber) {
+        return 0;
+    }
+    uint32_t size = 0;
+    if (data[1] < 0x80) {
+        size = 2u + data[1];
+    } else if (data[1] == 0x81) {
+        size = 3u + data[2];
+    } else if (data[1] == 0x82) {
+        size = 4u + (uint32_t{data[2]} << 8 | data[3]);
+    }
+    return size <= available ? static_cast<int>(size) : 0;
+}
+
 int indefinite_size(Reader& reader) {
     const int status = leave_indefinite(&reader, 0);
     return status == RT_OK ? static_cast<int>(reader.buffer.byteIndex) : status;
@@ -46,6 +64,9 @@ int indefinite_size(Reader& reader) {
 int Quillmark::detail::element_size(const uint8_t* data, uint32_t available) {
     if (available > INT_MAX) {
         return RT_E_INVLEN;
+    }
+    if (const int size = plain_size(data, available); size != 0) {
+        return size;
     }
     Reader reader;
     int total;

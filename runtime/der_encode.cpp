@@ -38,9 +38,8 @@ int write_integer(ASN1CTXT* ctxt, int64_t value) {
     return write_octets(ctxt, static_cast<uint64_t>(value), std::bit_width(magnitude) / 8 + 1);
 }
 
-int base128_size(uint32_t value) {
-    return (std::bit_width(value | 1u) + 6) / 7;
-}
+// Seven bits an octet.
+constexpr size_t kMostArcOctets = 5;
 
 uint8_t* put_base128(uint8_t* behind, uint32_t value) {
     *--behind = value & 0x7F;
@@ -133,22 +132,16 @@ int xe_objid(ASN1CTXT* ctxt, const ASN1OBJID* value, ASN1TagType tagging) {
     if (!is_encodable(value)) {
         return RT_E_INVOBJID;
     }
-    const uint32_t first_two = value->subid[0] * 40 + value->subid[1];
-    int size = base128_size(first_two);
-    for (uint32_t i = 2; i < value->numids; ++i) {
-        size += base128_size(value->subid[i]);
-    }
-    uint8_t* octets;
-    const int status = take_front(ctxt, octets, static_cast<size_t>(size));
-    if (status != RT_OK) {
-        return status;
-    }
-    uint8_t* behind = octets + size;
+    // Gathered back to front, so that one bounds test does for all arcs.
+    uint8_t octets[ASN1_K_MAXSUBIDS * kMostArcOctets];
+    uint8_t* const end = octets + sizeof octets;
+    uint8_t* first = end;
     for (uint32_t i = value->numids; i > 2; --i) {
-        behind = put_base128(behind, value->subid[i - 1]);
+        first = put_base128(first, value->subid[i - 1]);
     }
-    put_base128(behind, first_two);
-    return finish_value(ctxt, kObjectIdentifier, tagging, size);
+    first = put_base128(first, value->subid[0] * 40 + value->subid[1]);
+    const int written = xe_memcpy(ctxt, first, static_cast<size_t>(end - first));
+    return finish_value(ctxt, kObjectIdentifier, tagging, written);
 }
 
 int xe_charstr(ASN1CTXT* ctxt, const char* text, ASN1TagType tagging, ASN1TAG tag) {

@@ -2,7 +2,11 @@
 #include <cstring>
 
 #include "runtime/der_encode.h"
+#include "runtime/detail/buffer_room.h"
 #include "runtime/detail/encode_space.h"
+
+using Quillmark::detail::kFixedRoom;
+using Quillmark::detail::kHeapRoom;
 
 namespace {
 
@@ -54,7 +58,7 @@ int xe_memcpy(ASN1CTXT* ctxt, const uint8_t* bytes, size_t count) {
 
 int xe_expandBuffer(ASN1CTXT* ctxt, size_t needed) {
     ASN1BUFFER& buffer = ctxt->buffer;
-    if (buffer.dynamic == 0) {
+    if (buffer.dynamic == kFixedRoom) {
         return RT_E_BUFOVFL;
     }
     if (needed > kLargestBuffer) {
@@ -71,14 +75,17 @@ int xe_expandBuffer(ASN1CTXT* ctxt, size_t needed) {
     const uint32_t written_from = buffer.byteIndex;
     buffer.byteIndex += static_cast<uint32_t>(step);
     std::memcpy(grown + buffer.byteIndex, buffer.data + written_from, buffer.size - written_from);
-    rtMemHeapFreePtr(&ctxt->typeHeap, buffer.data);
+    if (buffer.dynamic == kHeapRoom) {
+        rtMemHeapFreePtr(&ctxt->typeHeap, buffer.data);
+    }
+    buffer.dynamic = kHeapRoom;
     buffer.data = grown;
     buffer.size += static_cast<uint32_t>(step);
     return RT_OK;
 }
 
 void xe_free(ASN1CTXT* ctxt) {
-    if (ctxt->buffer.dynamic == 0 || ctxt->buffer.data == nullptr) {
+    if (ctxt->buffer.dynamic != kHeapRoom || ctxt->buffer.data == nullptr) {
         return;
     }
     rtMemHeapFreePtr(&ctxt->typeHeap, ctxt->buffer.data);

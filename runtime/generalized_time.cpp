@@ -1,7 +1,9 @@
-#include <cstdio>
 #include <cstdlib>
 
+#include "runtime/detail/decimal_text.h"
 #include "runtime/time_class.h"
+
+using Quillmark::detail::put_decimal;
 
 ASN1CGeneralizedTime::ASN1CGeneralizedTime(char*& buffer, int size, unsigned char useDerivedUTC)
     : ASN1CTime(buffer, size, useDerivedUTC) {}
@@ -39,26 +41,29 @@ int ASN1CGeneralizedTime::compileString() {
     if (year < 0 || month < 1 || day < 1 || hour < 0) {
         return fail(RT_E_INVFORMAT);
     }
-    char text[80];
-    char* end = text;
-    const auto left = [&] { return static_cast<size_t>(text + sizeof text - end); };
-    end += std::snprintf(end, left(), "%.4d%.2d%.2d%.2d", year, month, day, hour);
+    char text[80];  // nine numbers of at most eleven characters, of which seven have 16 bits, take less
+    char* end = put_decimal(text, year, 4);
+    for (const int field : {month, day, hour}) {
+        end = put_decimal(end, field, 2);
+    }
     if (minute >= 0) {
-        end += std::snprintf(end, left(), "%.2d", minute);
+        end = put_decimal(end, minute, 2);
         if (second >= 0) {
-            end += std::snprintf(end, left(), "%.2d", second);
+            end = put_decimal(end, second, 2);
         }
     }
     if (secFraction > 0) {
-        end += std::snprintf(end, left(), ".%d", secFraction);
+        *end++ = '.';
+        end = put_decimal(end, secFraction, 1);
     }
-    const char sign = diffHour < 0 || diffMinute < 0 ? '-' : '+';
     if (utc != 0) {
-        end += std::snprintf(end, left(), "Z");
-    } else if (diffMinute != 0) {
-        end += std::snprintf(end, left(), "%c%.2d%.2d", sign, std::abs(diffHour), std::abs(diffMinute));
-    } else if (diffHour != 0) {
-        end += std::snprintf(end, left(), "%c%.2d", sign, std::abs(diffHour));
+        *end++ = 'Z';
+    } else if (diffHour != 0 || diffMinute != 0) {
+        *end++ = diffHour < 0 || diffMinute < 0 ? '-' : '+';
+        end = put_decimal(end, std::abs(diffHour), 2);
+        if (diffMinute != 0) {
+            end = put_decimal(end, std::abs(diffMinute), 2);
+        }
     }
     return storeText(text, static_cast<int>(end - text));
 }

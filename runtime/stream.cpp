@@ -3,6 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
+#include "runtime/detail/buffer_room.h"
+
+using Quillmark::detail::kHeapRoom;
+
 namespace {
 
 constexpr uint32_t kMinGrowth = 16384;
@@ -58,7 +62,7 @@ int rtCheckBuffer(ASN1CTXT* ctxt, uint32_t count) {
             return RT_OK;
         }
     }
-    return ctxt->buffer.dynamic != 0 ? grow(ctxt, count) : RT_E_BUFOVFL;
+    return ctxt->buffer.dynamic == kHeapRoom ? grow(ctxt, count) : RT_E_BUFOVFL;
 }
 
 int rtWriteBytes(ASN1CTXT* ctxt, const uint8_t* data, uint32_t count) {

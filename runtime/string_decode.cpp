@@ -13,6 +13,7 @@ using Quillmark::detail::last_was_constructed;
 using Quillmark::detail::NestingLevel;
 using Quillmark::detail::octets_left;
 using Quillmark::detail::step_over;
+using Quillmark::detail::take_short_header;
 
 namespace {
 
@@ -92,7 +93,7 @@ int measure(ASN1CTXT* ctxt, int length, StringContents& contents) {
 
 int begin_string(ASN1CTXT* ctxt, uint8_t identifier, ASN1TagType tagging, int length,
                  StringContents& contents) {
-    if (tagging == ASN1EXPL) {
+    if (tagging == ASN1EXPL && !take_short_header(ctxt, identifier, length)) {
         const int status = xd_match1(ctxt, identifier, &length);
         if (status != RT_OK) {
             return status;

@@ -1,13 +1,16 @@
 #include "runtime/time_string.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 #include "runtime/character.h"
 #include "runtime/detail/calendar.h"
+#include "runtime/detail/decimal_text.h"
 
 using Quillmark::detail::date_exists;
+using Quillmark::detail::put_decimal;
 
 namespace {
 
@@ -185,19 +188,21 @@ struct TimeText {
 
 TimeText format_generalized_time(const ASN1TimeRecord& record) {
     TimeText out{};
-    char* end = out.text;
-    const auto room = [&] { return static_cast<size_t>(out.text + sizeof out.text - end); };
-    end += std::snprintf(end, room(), "%.4d%.2d%.2d%.2d%.2d%.2d", record.year, record.mon, record.day,
-                         record.hour, record.min, record.sec);
+    char* end = put_decimal(out.text, record.year, 4);
+    for (const int field : {record.mon, record.day, record.hour, record.min, record.sec}) {
+        end = put_decimal(end, field, 2);
+    }
     if (record.fraction[0] != '\0') {
-        end += std::snprintf(end, room(), ".%.*s", static_cast<int>(kMaxFractionDigits), record.fraction);
+        *end++ = '.';
+        const char* const digits = record.fraction;
+        end = std::copy(digits, digits + strnlen(digits, kMaxFractionDigits), end);
     }
     if (record.utc != 0) {
-        end += std::snprintf(end, room(), "Z");
+        *end++ = 'Z';
     } else if (record.diffHour != 0 || record.diffMin != 0) {
-        const char sign = record.diffHour < 0 || record.diffMin < 0 ? '-' : '+';
-        end += std::snprintf(end, room(), "%c%02d%02d", sign, std::abs(record.diffHour),
-                             std::abs(record.diffMin));
+        *end++ = record.diffHour < 0 || record.diffMin < 0 ? '-' : '+';
+        end = put_decimal(end, std::abs(record.diffHour), 2);
+        end = put_decimal(end, std::abs(record.diffMin), 2);
     }
     out.length = static_cast<int>(end - out.text);
     return out;

@@ -1,7 +1,9 @@
-#include <cstdio>
 #include <cstdlib>
 
+#include "runtime/detail/decimal_text.h"
 #include "runtime/time_class.h"
+
+using Quillmark::detail::put_decimal;
 
 // A text of this type must end in "Z" or an offset (X.680 47.3), so a new object has the flag for "Z".
 
@@ -79,16 +81,17 @@ int ASN1CUTCTime::compileString() {
     if (year < 0 || month < 1 || day < 1 || hour < 0) {
         return fail(RT_E_INVFORMAT);
     }
-    char text[64];
+    char text[64];  // eight numbers of 16 bits and a sign take less
     char* end = text;
-    const auto left = [&] { return static_cast<size_t>(text + sizeof text - end); };
-    end +=
-        std::snprintf(end, left(), "%.2d%.2d%.2d%.2d%.2d%.2d", year % 100, month, day, hour, minute, second);
+    for (const int field : {year % 100, int{month}, int{day}, int{hour}, int{minute}, int{second}}) {
+        end = put_decimal(end, field, 2);
+    }
     if (utc != 0) {
-        end += std::snprintf(end, left(), "Z");
+        *end++ = 'Z';
     } else {
-        const char sign = diffHour < 0 || diffMinute < 0 ? '-' : '+';
-        end += std::snprintf(end, left(), "%c%.2d%.2d", sign, std::abs(diffHour), std::abs(diffMinute));
+        *end++ = diffHour < 0 || diffMinute < 0 ? '-' : '+';
+        end = put_decimal(end, std::abs(diffHour), 2);
+        end = put_decimal(end, std::abs(diffMinute), 2);
     }
     return storeText(text, static_cast<int>(end - text));
 }

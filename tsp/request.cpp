@@ -5,7 +5,7 @@
 #include "asn1/codec.h"
 #include "asn1/detail/oid_text.h"
 #include "asn1data/control_classes.h"
-#include "runtime/message_buffer.h"
+#include "runtime/detail/local_buffer.h"
 #include "tsp/detail/record.h"
 #include "tsp/detail/request_impl.h"
 #include "values/result.h"
@@ -152,7 +152,7 @@ void CRequest::put_extensions(const CExtensions* extensions) {
 }
 
 CBlob CRequest::encode() const {
-    ASN1BEREncodeBuffer buffer;
+    detail::LocalEncodeBuffer buffer;
     ASN1T_TimeStampReq record;
     impl_->fillRequest(record, buffer.getCtxtPtr());
     const int length = ASN1C_TimeStampReq(buffer, record).EncodeTo(buffer);
@@ -170,7 +170,8 @@ void CRequest::decode(const CBlob& blob) {
     // Kept until the end, since `blob` may lie in it.
     const std::unique_ptr<Impl> previous(std::exchange(impl_, fresh.release()));
 
-    ASN1BERDecodeBuffer buffer(blob.pbData(), detail::checked_length(blob));
+    detail::LocalDecodeBuffer buffer(blob.pbData(), detail::checked_length(blob));
+    detail::lend_message(buffer.getCtxtPtr());
     ASN1T_TimeStampReq record;
     if (ASN1C_TimeStampReq(buffer, record).DecodeFrom(buffer) != 0) {
         throw CAtlException(CRYPT_E_ASN1_INTERNAL);

@@ -1,12 +1,13 @@
 #include "tsp/response.h"
 
 #include <new>
+#include <optional>
 #include <utility>
 
 #include "asn1/codec.h"
 #include "asn1data/control_classes.h"
 #include "asn1data/records.h"
-#include "runtime/message_buffer.h"
+#include "runtime/detail/local_buffer.h"
 #include "tsp/detail/record.h"
 #include "tsp/detail/response_impl.h"
 #include "tsp/detail/token_impl.h"
@@ -80,14 +81,22 @@ void CResponse::put_timeStampToken(const CToken* token) {
 //        status                  PKIStatusInfo,
 //        timeStampToken          TimeStampToken     OPTIONAL  }
 CBlob CResponse::encode() const {
-    ASN1BEREncodeBuffer buffer;
-    ASN1BERDecodeBuffer token_buffer;  // what the record holds of the token lies on its context
+    detail::LocalEncodeBuffer buffer;
+    // What the record holds of the token lies on the context of its buffer and in its octets: the cached
+    // ones, or those of its message.
+    std::optional<detail::LocalDecodeBuffer> token_buffer;
+    CBlob message;
     ASN1T_TimeStampResp record;
     ASN1T_PKIStatusInfo_traits::set(buffer.getCtxtPtr(), record.status, impl_->status);
     if (impl_->timeStampToken) {
-        const CBlob token = impl_->timeStampToken->encode();
-        token_buffer.setBuffer(token.pbData(), detail::checked_length(token), 1);
-        if (ASN1C_TimeStampToken(token_buffer, record.timeStampToken).DecodeFrom(token_buffer) < 0) {
+        const CBlob& cached = impl_->timeStampToken->impl_->encodedToken;
+        if (cached.cbData() == 0) {
+            message = impl_->timeStampToken->encode();
+        }
+        const CBlob& token = cached.cbData() == 0 ? message : cached;
+        token_buffer.emplace(token.pbData(), detail::checked_length(token));
+        detail::lend_message(token_buffer->getCtxtPtr());
+        if (ASN1C_TimeStampToken(*token_buffer, record.timeStampToken).DecodeFrom(*token_buffer) < 0) {
             throw CAtlException(CRYPT_E_ASN1_INTERNAL);
         }
         record.m.timeStampTokenPresent = 1;
@@ -111,7 +120,8 @@ void CResponse::decode(const CBlob& blob) {
     // Kept until the end, since `blob` may lie in it.
     const std::unique_ptr<Impl> previous(std::exchange(impl_, fresh.release()));
 
-    ASN1BERDecodeBuffer buffer(blob.pbData(), detail::checked_length(blob));
+    detail::LocalDecodeBuffer buffer(blob.pbData(), detail::checked_length(blob));
+    detail::lend_message(buffer.getCtxtPtr());
     ASN1T_TimeStampResp record;
     if (ASN1C_TimeStampResp(buffer, record).DecodeFrom(buffer) < 0) {
         throw CAtlException(CRYPT_E_ASN1_INTERNAL);
@@ -121,7 +131,7 @@ void CResponse::decode(const CBlob& blob) {
         return;
     }
     // The token is written anew, in DER, before its own decoder sees it.
-    ASN1BEREncodeBuffer token_buffer;
+    detail::LocalEncodeBuffer token_buffer;
     const int length = ASN1C_TimeStampToken(token_buffer, record.timeStampToken).EncodeTo(token_buffer);
     if (length < 1) {
         throw CAtlException(CRYPT_E_ASN1_INTERNAL);

@@ -5,7 +5,7 @@
 
 #include "asn1/codec.h"
 #include "asn1data/control_classes.h"
-#include "runtime/message_buffer.h"
+#include "runtime/detail/local_buffer.h"
 #include "tsp/detail/crypt_attributes.h"
 #include "tsp/detail/handles.h"
 #include "tsp/detail/message.h"
@@ -94,7 +94,8 @@ void CToken::Impl::decode() {
     require_tst_info(message.read(CMSG_INNER_CONTENT_TYPE_PARAM));
     message.read_signer(signerInfo);
 
-    ASN1BERDecodeBuffer buffer(content.pbData(), detail::checked_length(content));
+    detail::LocalDecodeBuffer buffer(content.pbData(), detail::checked_length(content));
+    detail::lend_message(buffer.getCtxtPtr());
     asn1data::ASN1T_TSTInfo record;
     if (asn1data::ASN1C_TSTInfo(buffer, record).DecodeFrom(buffer) < 0) {
         throw CAtlException(CRYPT_E_ASN1_INTERNAL);

@@ -2,7 +2,7 @@
 // builds.
 
 #include "asn1data/control_classes.h"
-#include "runtime/message_buffer.h"
+#include "runtime/detail/local_buffer.h"
 #include "tsp/detail/crypt_attributes.h"
 #include "tsp/detail/handles.h"
 #include "tsp/detail/message.h"
@@ -21,18 +21,17 @@ namespace {
 // The published flag, and a bit that services beside the first one ignore.
 constexpr DWORD kEncodeFlags = CMSG_CMS_ENCAPSULATED_CONTENT_FLAG | 0x200;
 
-/// The signer's description with all that it points to.
+/// The signer's description, with all that it points to but for the arguments of the constructor.
 class SignerDescription {
   public:
     SignerDescription(PCERT_INFO certificate, HCRYPTPROV provider, DWORD key_spec,
-                      const CAlgorithmIdentifierEx& hash_algorithm)
-        : algorithm_(hash_algorithm) {
+                      const CAlgorithmIdentifierEx& hash_algorithm) {
         record_.cbSize = sizeof record_;
         record_.pCertInfo = certificate;
         record_.hCryptProv = provider;
         record_.dwKeySpec = key_spec;
-        record_.HashAlgorithm.pszObjId = const_cast<LPSTR>(algorithm_.get_algorithm());
-        const CBlob& parameters = algorithm_.get_parameters();
+        record_.HashAlgorithm.pszObjId = const_cast<LPSTR>(hash_algorithm.get_algorithm());
+        const CBlob& parameters = hash_algorithm.get_parameters();
         record_.HashAlgorithm.Parameters = {static_cast<DWORD>(detail::checked_length(parameters)),
                                             parameters.pbData()};
     }
@@ -61,7 +60,6 @@ class SignerDescription {
         return attributes != nullptr ? attributes->size() : 0;
     }
 
-    CAlgorithmIdentifierEx algorithm_;
     std::vector<CBlob> oid_store_;
     std::vector<CRYPT_ATTR_BLOB> blobs_;
     std::vector<CBlob> value_store_;
@@ -97,7 +95,7 @@ void CToken::sign(unsigned long long provider, unsigned int keySpec, const CBlob
                   const CAlgorithmIdentifierEx& hashAlgorithm) {
     impl_->encodedToken.clear();
 
-    ASN1BEREncodeBuffer buffer;
+    detail::LocalEncodeBuffer buffer;
     asn1data::ASN1T_TSTInfo record;
     impl_->fillTSTInfo(record, buffer.getCtxtPtr());
     const int length = asn1data::ASN1C_TSTInfo(buffer, record).EncodeTo(buffer);

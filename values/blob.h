@@ -8,6 +8,7 @@
 
 #include <list>
 #include <memory>
+#include <utility>
 
 #include "values/export.h"
 #include "values/string_proxy.h"
@@ -25,10 +26,23 @@ class QUILLMARK_API CBlob {
     /// `size` zero bytes. The storage is never null, not even for size 0.
     explicit CBlob(unsigned long size);
     CBlob(const CBlob& other);
+    /// Takes the storage of `other`, which is empty afterwards. As with copies, the storage is null when
+    /// there are no bytes.
+    CBlob(CBlob&& other) noexcept : CBlob() {
+        if (other.cbData_ != 0) {
+            swap(other);
+        }
+    }
     /// As `assign`.
     CBlob& operator=(const CBlob& other);
+    CBlob& operator=(CBlob&& other) noexcept {
+        CBlob taken(std::move(other));
+        swap(taken);
+        return *this;
+    }
     ~CBlob();
 
+    /// The size in bytes.
     unsigned long cbData() const noexcept;
     /// The storage, writable; may be non-null in an empty blob. Lent: valid until the blob is changed.
     unsigned char* pbData() const noexcept;

@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "values/export.h"
 
@@ -16,6 +17,8 @@ class QUILLMARK_API CStringProxy {
     /// Null makes the empty string.
     CStringProxy(const char* text);
     CStringProxy(const CStringProxy& other);
+    /// Takes the text of `other`, which is an empty string afterwards.
+    CStringProxy(CStringProxy&& other) noexcept : text_(std::move(other.text_)) {}
     CStringProxy& operator=(const CStringProxy& other);
     /// Takes the text of `other`, which has the old one of this object afterwards.
     CStringProxy& operator=(CStringProxy&& other) noexcept {
@@ -24,11 +27,11 @@ class QUILLMARK_API CStringProxy {
     }
     ~CStringProxy();
 
-    /// The string's own buffer, never null. Lent: valid until assignment or the end of this object.
+    /// Never null. Lent: valid until assignment or the end of this object.
     const char* c_str() const;
 
   private:
-    std::unique_ptr<std::string> text_;
+    std::unique_ptr<std::string> text_;  // null for the empty string
 };
 
 /// An owned wide string.
@@ -37,6 +40,8 @@ class QUILLMARK_API CWStringProxy {
     /// Null makes the empty string.
     CWStringProxy(const wchar_t* text);
     CWStringProxy(const CWStringProxy& other);
+    /// Takes the text of `other`, which is an empty string afterwards.
+    CWStringProxy(CWStringProxy&& other) noexcept : text_(std::move(other.text_)) {}
     CWStringProxy& operator=(const CWStringProxy& other);
     /// Takes the text of `other`, which has the old one of this object afterwards.
     CWStringProxy& operator=(CWStringProxy&& other) noexcept {
@@ -45,11 +50,11 @@ class QUILLMARK_API CWStringProxy {
     }
     ~CWStringProxy();
 
-    /// The string's own buffer, never null. Lent: valid until assignment or the end of this object.
+    /// Never null. Lent: valid until assignment or the end of this object.
     const wchar_t* c_str() const;
 
   private:
-    std::unique_ptr<std::wstring> text_;
+    std::unique_ptr<std::wstring> text_;  // null for the empty string
 };
 
 static_assert(sizeof(CStringProxy) == 8 && sizeof(CWStringProxy) == 8, "a proxy is one pointer");

@@ -15,7 +15,7 @@
 
 #include "asn1/codec.h"
 #include "asn1/detail/check.h"
-#include "runtime/message_buffer.h"
+#include "runtime/detail/local_buffer.h"
 
 namespace Quillmark::detail {
 
@@ -32,7 +32,7 @@ inline int message_size(const CBlob& blob) {
 
 /// Encodes a record that lies on the context of `buffer`.
 template <class Traits>
-CBlob encode_record(ASN1BEREncodeBuffer& buffer, typename Binding<Traits>::Record& record) {
+CBlob encode_record(LocalEncodeBuffer& buffer, typename Binding<Traits>::Record& record) {
     typename Binding<Traits>::Control control(buffer, record);
     const int length = check_codec(control.EncodeTo(buffer));
     return CBlob(buffer.getMsgPtr(), static_cast<unsigned long>(length));
@@ -40,7 +40,7 @@ CBlob encode_record(ASN1BEREncodeBuffer& buffer, typename Binding<Traits>::Recor
 
 /// Decodes the message of `buffer` into `record`, with everything on the context of `buffer`.
 template <class Traits>
-void decode_record(ASN1BERDecodeBuffer& buffer, typename Binding<Traits>::Record& record) {
+void decode_record(LocalDecodeBuffer& buffer, typename Binding<Traits>::Record& record) {
     typename Binding<Traits>::Control control(buffer, record);
     check_codec(control.DecodeFrom(buffer));
 }
@@ -51,7 +51,7 @@ namespace Quillmark::ASN1 {
 
 template <class Traits, class V>
 CBlob asn1Encode(const V& value) {
-    ASN1BEREncodeBuffer buffer;
+    detail::LocalEncodeBuffer buffer;
     typename detail::Binding<Traits>::Record record;
     Traits::set(buffer.getCtxtPtr(), record, value);
     return detail::encode_record<Traits>(buffer, record);
@@ -59,7 +59,7 @@ CBlob asn1Encode(const V& value) {
 
 template <class Traits, class V>
 void asn1Decode(const CBlob& blob, V& value) {
-    ASN1BERDecodeBuffer buffer(blob.pbData(), detail::message_size(blob));
+    detail::LocalDecodeBuffer buffer(blob.pbData(), detail::message_size(blob));
     typename detail::Binding<Traits>::Record record;
     detail::decode_record<Traits>(buffer, record);
     Traits::get(record, value);
@@ -67,7 +67,7 @@ void asn1Decode(const CBlob& blob, V& value) {
 
 template <class Traits>
 CBlob asn1EncodeT(const typename Traits::ASN1_T& record) {
-    ASN1BEREncodeBuffer buffer;
+    detail::LocalEncodeBuffer buffer;
     typename detail::Binding<Traits>::Record copy;
     Traits::copy(buffer.getCtxtPtr(), record, copy);
     return detail::encode_record<Traits>(buffer, copy);
@@ -75,7 +75,7 @@ CBlob asn1EncodeT(const typename Traits::ASN1_T& record) {
 
 template <class Traits>
 void asn1DecodeT(const CBlob& blob, ASN1CTXT* ctxt, typename Traits::ASN1_T& record) {
-    ASN1BERDecodeBuffer buffer(blob.pbData(), detail::message_size(blob));
+    detail::LocalDecodeBuffer buffer(blob.pbData(), detail::message_size(blob));
     typename detail::Binding<Traits>::Record local;
     detail::decode_record<Traits>(buffer, local);
     Traits::copy(ctxt, local, record);

@@ -2,7 +2,6 @@
 
 // What the generated control classes share: binding a buffer, and copies of their records.
 
-#include <memory>
 #include <type_traits>
 
 #include "runtime/context.h"
@@ -16,11 +15,7 @@ inline ASN1Context& new_context() {
 }
 
 /// Binds a control object to a buffer that begins a message.
-inline ASN1CTXT* start_message(ASN1CType& control, ASN1MessageBufferIF& buffer) {
-    control.setMsgBuf(buffer);
-    buffer.init();
-    return buffer.getCtxtPtr();
-}
+ASN1CTXT* start_message(ASN1CType& control, ASN1MessageBufferIF& buffer);
 
 /// Lets a copied record keep the context that its parts lie on.
 template <typename Record>
@@ -54,13 +49,19 @@ Record* copy_record(ASN1Context& context, Record& src, Record* dst,
     return dst;
 }
 
-/// As `copy_record`, into a record made with `new`.
+/// As `copy_record`, into a record made with `new`. By hand, because every source that includes the control
+/// classes would compile one `std::unique_ptr` for each type.
 template <typename Record>
 Record* new_copy(ASN1Context& context, Record& src, void (*copy)(ASN1CTXT*, Record*, Record*)) {
-    std::unique_ptr<Record> dst(new Record());
-    copy(&context, &src, dst.get());
+    auto* dst = new Record();
+    try {
+        copy(&context, &src, dst);
+    } catch (...) {
+        delete dst;
+        throw;
+    }
     keep_context(context, *dst);
-    return dst.release();
+    return dst;
 }
 
 }  // namespace Quillmark::detail

@@ -64,4 +64,17 @@ inline void note_form(ASN1CTXT* ctxt, uint8_t identifier) {
                                                                  : ctxt->flags & ~RT_F_CONSTAG);
 }
 
+/// Reads the header that most elements have: this very identifier octet and a length of the short form. For
+/// anything else it is false and moves nothing; the reader of all headers then tells what is there.
+inline bool take_short_header(ASN1CTXT* ctxt, uint8_t identifier, int& length) {
+    const uint8_t* octets = contents_here(ctxt, 2);
+    if (octets == nullptr || octets[0] != identifier || octets[1] > 0x7F) {
+        return false;
+    }
+    note_form(ctxt, identifier);
+    ctxt->buffer.byteIndex += 2;
+    length = octets[1];
+    return true;
+}
+
 }  // namespace Quillmark::detail

@@ -1,6 +1,7 @@
 #include "runtime/detail/element_decoder.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace Quillmark::detail {
 
@@ -24,9 +25,30 @@ bool ElementDecoder::take_end() {
     return true;
 }
 
+int ElementDecoder::keep_retagged(ASN1OpenType& value, ASN1TAG own) {
+    rewind();
+    const int status = decode_open(ctxt_, value);
+    if (status != RT_OK) {
+        return status;
+    }
+    // With RT_F_FASTCOPY the octets are the message's.
+    auto* octets = const_cast<uint8_t*>(value.data);
+    if (in_message(ctxt_, octets)) {
+        octets = static_cast<uint8_t*>(rtMemHeapAlloc(&ctxt_->typeHeap, value.numocts));
+        if (octets == nullptr) {
+            value = ASN1OpenType{};
+            return RT_E_NOMEM;
+        }
+        std::memcpy(octets, value.data, value.numocts);
+        value.data = octets;
+    }
+    octets[0] = identifier_octet(own);
+    return RT_OK;
+}
+
 SequenceDecoder::SequenceDecoder(ASN1CTXT* ctxt, ASN1TAG tag, ASN1TagType tagging, int length)
     : ElementDecoder(ctxt), contents_length_(length), read_header_(tagging == ASN1EXPL) {
-    if (read_header_) {
+    if (read_header_ && !take_short_header(ctxt, identifier_octet(tag), contents_length_)) {
         taken(xd_match1(ctxt, identifier_octet(tag), &contents_length_));
     }
     start_ = ctxt->buffer.byteIndex;

@@ -36,6 +36,9 @@ class ElementDecoder {
     bool close() { return length_ != RT_INDEFLEN || take_end(); }
     /// Goes back in front of the header read last, for a type that reads it itself.
     void rewind() { ctxt_->buffer.byteIndex = element_start_; }
+    /// Reads the element whose header was read last into `value`, with tag `own` in the place of its own.
+    /// Returns 0 or a failure, unrecorded.
+    int keep_retagged(ASN1OpenType& value, ASN1TAG own);
     /// Makes the record of an alternative.
     template <typename Record>
     bool allocate(Record*& record);

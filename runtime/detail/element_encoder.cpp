@@ -6,6 +6,7 @@
 #include "runtime/big_integer.h"
 #include "runtime/character.h"
 #include "runtime/detail/record_memory.h"
+#include "runtime/detail/set_of_order.h"
 
 namespace Quillmark::detail {
 
@@ -54,6 +55,19 @@ int ContentEncoder::finish(ASN1TAG tag, ASN1TagType tagging) {
     return result_;
 }
 
+int encode_retagged(ASN1CTXT* ctxt, const ASN1OpenType& value, ASN1TAG own, ASN1TAG tag) {
+    const int written = xe_OpenType(ctxt, value.data, value.numocts);
+    if (written < 0) {
+        return written;
+    }
+    uint8_t* identifier = ctxt->buffer.data + ctxt->buffer.byteIndex;
+    if (written == 0 || *identifier != identifier_octet(own)) {
+        return RT_E_BADVALUE;
+    }
+    *identifier = identifier_octet(tag);
+    return written;
+}
+
 bool differs(ASN1CTXT* ctxt, const char* number, const char* default_number) {
     return number == nullptr || rtBigIntStrCompare(ctxt, number, default_number) != 0;
 }
@@ -66,6 +80,14 @@ int encode_enumerated(ASN1CTXT* ctxt, uint32_t value, uint32_t bound, ASN1TagTyp
     return recorded(ctxt, xe_enum(ctxt, &number, tagging));
 }
 
+SetOfEncoder::~SetOfEncoder() {
+    while (blocks_ != nullptr) {
+        Block* block = blocks_;
+        blocks_ = block->next;
+        rtMemHeapFreePtr(&ctxt_->typeHeap, block);
+    }
+}
+
 bool SetOfEncoder::given(const void* element) {
     if (element == nullptr) {
         add(RT_E_BADVALUE);
@@ -73,21 +95,35 @@ bool SetOfEncoder::given(const void* element) {
     return element != nullptr;
 }
 
+SetOfEncoder::Element& SetOfEncoder::new_element() {
+    if (blocks_ == nullptr || blocks_->used == Block::kRoom) {
+        auto* block = static_cast<Block*>(rtMemHeapAlloc(&ctxt_->typeHeap, sizeof(Block)));
+        require(block != nullptr);
+        block->next = blocks_;
+        block->used = 0;
+        blocks_ = block;
+    }
+    return blocks_->elements[blocks_->used++];
+}
+
 void SetOfEncoder::add(int written) {
     if (written < 0) {
         status_ = rtErrSetData(&ctxt_->errInfo, written);
         return;
     }
-    auto* location = make_record_or_throw<ASN1BufLocDescr>(ctxt_);
-    xe_getBufLocDescr(ctxt_, static_cast<uint32_t>(written), location);
-    require(rtSListAppend(&locations_, location) != nullptr);
+    Element& element = new_element();
+    xe_getBufLocDescr(ctxt_, static_cast<uint32_t>(written), &element.location);
+    element.node = {&element.location, nullptr};
+    (elements_.tail == nullptr ? elements_.head : elements_.tail->next) = &element.node;
+    elements_.tail = &element.node;
+    ++elements_.count;
 }
 
 int SetOfEncoder::finish(ASN1TAG tag, ASN1TagType tagging) {
     if (!good()) {
         return status_;
     }
-    const int length = xe_derCanonicalSort(ctxt_, &locations_);
+    const int length = order_set_of(ctxt_, &elements_);
     return recorded(ctxt_, tagging == ASN1EXPL ? xe_tag_len(ctxt_, tag, length) : length);
 }
 

@@ -8,6 +8,7 @@
 #include "runtime/context.h"
 #include "runtime/der_encode.h"
 #include "runtime/list.h"
+#include "runtime/value_types.h"
 
 namespace Quillmark::detail {
 
@@ -79,6 +80,9 @@ class ContentEncoder {
     int result_ = 0;
 };
 
+/// Writes a value that is kept as an element with tag `own`, under `tag` in its place.
+int encode_retagged(ASN1CTXT* ctxt, const ASN1OpenType& value, ASN1TAG own, ASN1TAG tag);
+
 /// Whether a big integer differs from a default.
 bool differs(ASN1CTXT* ctxt, const char* number, const char* default_number);
 
@@ -87,7 +91,10 @@ int encode_enumerated(ASN1CTXT* ctxt, uint32_t value, uint32_t bound, ASN1TagTyp
 /// The elements of a SET OF, put in order once they are written (X.690 11.6). Throws `std::bad_alloc`.
 class SetOfEncoder {
   public:
-    explicit SetOfEncoder(ASN1CTXT* ctxt) : ctxt_(ctxt) { rtSListInitEx(ctxt, &locations_); }
+    explicit SetOfEncoder(ASN1CTXT* ctxt) : ctxt_(ctxt) {}
+    ~SetOfEncoder();
+    SetOfEncoder(const SetOfEncoder&) = delete;
+    SetOfEncoder& operator=(const SetOfEncoder&) = delete;
 
     bool good() const { return status_ == RT_OK; }
     bool given(const void* element);
@@ -95,8 +102,24 @@ class SetOfEncoder {
     int finish(ASN1TAG tag, ASN1TagType tagging);
 
   private:
+    struct Element {
+        rtSListNode node;
+        ASN1BufLocDescr location;
+    };
+    // Most sets have no more elements than one block.
+    struct Block {
+        static constexpr uint32_t kRoom = 4;
+
+        Block* next;
+        uint32_t used;
+        Element elements[kRoom];
+    };
+
+    Element& new_element();
+
     ASN1CTXT* ctxt_;
-    rtSList locations_;
+    rtSList elements_{};
+    Block* blocks_ = nullptr;  // newest first
     int status_ = RT_OK;
 };
 

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "runtime/der_encode.h"
+#include "runtime/detail/element_encoder.h"
 #include "tests/runtime/codec_context.h"
 #include "tests/support/codec_heap.h"
 
@@ -116,6 +117,31 @@ TEST(SetOf, SortsManyElementsInTime) {
     for (const Octets& element : elements) {
         ASSERT_EQ(Octets(written, written + 4), element);
         written += 4;
+    }
+}
+
+TEST(SetOf, OfTheGeneratedEncodersIsSortedBeyondOneBlock) {
+    std::vector<Octets> elements;
+    for (uint8_t value = 0; value < 19; ++value) {
+        elements.push_back({2, 1, static_cast<uint8_t>(value * 7 % 19)});
+    }
+    CodecHeap heap;
+    CodecContext ctxt;
+    ctxt.encode();
+    const std::size_t before = heap.live_blocks();
+    {
+        detail::SetOfEncoder out(ctxt);
+        for (const Octets& element : elements) {
+            out.add(xe_memcpy(ctxt, element.data(), element.size()));
+        }
+        EXPECT_EQ(out.finish(detail::kSet, ASN1EXPL), 2 + 19 * 3);
+    }
+    EXPECT_EQ(heap.live_blocks(), before);
+    std::sort(elements.begin(), elements.end());
+    const uint8_t* written = xe_getp(ctxt) + 2;
+    for (const Octets& element : elements) {
+        EXPECT_EQ(Octets(written, written + 3), element);
+        written += 3;
     }
 }
 

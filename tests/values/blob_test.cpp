@@ -60,6 +60,30 @@ TEST(CBlob, CopiesDeeply) {
     EXPECT_EQ(bytes_of(copy), (std::vector<int>{1, 2, 3}));
 }
 
+TEST(CBlob, MovesItsStorage) {
+    CBlob source = blob_of({1, 2, 3});
+    const unsigned char* storage = source.pbData();
+    CBlob taken(std::move(source));
+    EXPECT_EQ(taken.pbData(), storage);
+    EXPECT_EQ(bytes_of(taken), (std::vector<int>{1, 2, 3}));
+    EXPECT_EQ(source.cbData(), 0u);
+    EXPECT_EQ(source.pbData(), nullptr);
+
+    CBlob target = blob_of({9});
+    target = std::move(taken);
+    EXPECT_EQ(target.pbData(), storage);
+    EXPECT_EQ(taken.cbData(), 0u);
+}
+
+TEST(CBlob, MovedFromAnEmptyBlobHasNullStorage) {
+    CBlob source(0ul);
+    EXPECT_EQ(CBlob(std::move(source)).pbData(), nullptr);
+    CBlob target = blob_of({1});
+    target = CBlob(0ul);
+    EXPECT_EQ(target.cbData(), 0u);
+    EXPECT_EQ(target.pbData(), nullptr);
+}
+
 TEST(CBlob, AssignsFromInsideItself) {
     CBlob blob = blob_of({1, 2, 3, 4});
     blob.assign(blob.pbData() + 1, 2);

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "tests/support/failing_new.h"
 
 namespace {
@@ -43,6 +45,21 @@ TEST(CStringProxy, KeepsItsTextWhenAssignmentRunsOutOfMemory) {
     EXPECT_GT(failures, 0u);
 }
 
+TEST(CStringProxy, TakesTheTextOfOneThatIsMoved) {
+    CStringProxy source("stamp");
+    const CStringProxy taken(std::move(source));
+    EXPECT_STREQ(taken.c_str(), "stamp");
+    EXPECT_STREQ(source.c_str(), "");
+    EXPECT_STREQ(CStringProxy(source).c_str(), "");
+}
+
+TEST(CStringProxy, CanBeGivenATextAgainOnceItWasMoved) {
+    CStringProxy source("stamp");
+    const CStringProxy taken(std::move(source));
+    source = taken;
+    EXPECT_STREQ(source.c_str(), "stamp");
+}
+
 TEST(CWStringProxy, OfNullIsAValidEmptyString) {
     EXPECT_STREQ(CWStringProxy(nullptr).c_str(), L"");
 }
@@ -53,6 +70,16 @@ TEST(CWStringProxy, CopiesDeeply) {
     source = CWStringProxy(L"second");
     EXPECT_STREQ(copy.c_str(), L"\u0414\u0430");
     EXPECT_STREQ(source.c_str(), L"second");
+}
+
+TEST(CWStringProxy, TakesTheTextOfOneThatIsMoved) {
+    CWStringProxy source(L"stamp");
+    CWStringProxy taken(std::move(source));
+    EXPECT_STREQ(taken.c_str(), L"stamp");
+    EXPECT_STREQ(source.c_str(), L"");
+    source = L"token";
+    taken = source;
+    EXPECT_STREQ(taken.c_str(), L"token");
 }
 
 TEST(CWStringProxy, SurvivesSelfAssignment) {

@@ -1,6 +1,8 @@
 #include "tsp/detail/message.h"
 
-#include "asn1/codec.h"
+#include "asn1data/control_classes.h"
+#include "asn1data/records.h"
+#include "runtime/detail/local_buffer.h"
 #include "tsp/detail/record.h"
 #include "values/detail/last_error.h"
 #include "values/result.h"
@@ -36,7 +38,14 @@ DWORD MessageReader::read_count(DWORD parameter) {
 }
 
 void MessageReader::read_signer(ASN1::CSignerInfo& signer) {
-    ASN1::asn1Decode<ASN1::ASN1T_SignerInfo_traits>(read(CMSG_ENCODED_SIGNER), signer);
+    const CBlob encoded = read(CMSG_ENCODED_SIGNER);
+    LocalDecodeBuffer buffer(encoded.pbData(), checked_length(encoded));
+    lend_message(buffer.getCtxtPtr());
+    asn1data::ASN1T_SignerInfo record;
+    if (asn1data::ASN1C_SignerInfo(buffer, record).DecodeFrom(buffer) < 0) {
+        throw CAtlException(CRYPT_E_ASN1_INTERNAL);
+    }
+    ASN1::ASN1T_SignerInfo_get(signer, record);
 }
 
 PCCERT_CONTEXT open_certificate(const CBlob& certificate) {

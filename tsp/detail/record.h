@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 
+#include "runtime/context.h"
 #include "values/blob.h"
 #include "values/result.h"
 
@@ -16,6 +17,12 @@ namespace Quillmark::detail {
 template <class Record>
 void zero_record(Record& record) {
     std::memset(static_cast<void*>(&record), 0, sizeof record);
+}
+
+/// Lets a record point into the message that is decoded on `ctxt` instead of at copies of its strings. For a
+/// message that outlives the record and changes neither with it nor before it goes.
+inline void lend_message(ASN1CTXT* ctxt) {
+    rtCtxtSetFlag(ctxt, RT_F_FASTCOPY);
 }
 
 /// The size of `blob` as codecs and the platform service take it. Throws `CRYPT_E_ASN1_INTERNAL` for one that
