@@ -118,8 +118,8 @@ ASN1OBJID toASN1OBJID(const char* text);
 /// The dotted text of `oid`.
 CStringProxy toOID(const ASN1OBJID& oid);
 
-// Text. Narrow text is in the system's ANSI code page; a failing conversion throws the code of the last
-// error of the platform.
+// Text. Narrow text is in the system's ANSI code page. A null text is refused; that and any other failing
+// conversion throws the code of the last error of the platform.
 
 /// Wide text as narrow text.
 std::string tostring(const wchar_t* text);
