@@ -22,13 +22,30 @@ std::string text_of(const std::string& file) {
     return std::string(text.begin(), text.end()).substr(0, text.size() - 1);  // without its newline
 }
 
+/// Tells SoftHSM to keep its tokens in `directory`.
+void use_tokens_of(const TemporaryDirectory& directory) {
+    const std::string conf = directory.path("softhsm2.conf");
+    const std::string text = "directories.tokendir = " + directory.path("") + "\nlog.level = ERROR\n";
+    write_file(conf, Octets(text.begin(), text.end()));
+    setenv("SOFTHSM2_CONF", conf.c_str(), 1);
+}
+
+/// SoftHSM writes to its tokens even when it only reads their keys, and processes that share tokens find
+/// them half-written: each process of these tests has a copy.
+struct CopiedTokens : TemporaryDirectory {
+    CopiedTokens() {
+        std::filesystem::copy(pki_path("tokens/store"), path(""), std::filesystem::copy_options::recursive);
+    }
+};
+
 class Token : public testing::Test {
   protected:
     void SetUp() override {
         if (std::filesystem::exists(pki_path("tokens/absent"))) {
             GTEST_SKIP() << text_of("tokens/absent");
         }
-        setenv("SOFTHSM2_CONF", pki_path("tokens/softhsm2.conf").c_str(), 1);
+        static const CopiedTokens tokens;
+        use_tokens_of(tokens);
     }
 
     /// The name of a key: attributes of its token and itself, and of the query behind the module.
@@ -292,10 +309,7 @@ TEST_F(TokenDeathTest, AnotherModuleIsTakenWhileNoKeyIsInUse) {
 TEST_F(TokenDeathTest, TokenThatIsPutInLaterIsFound) {
     EXPECT_EXIT(exit_with([] {
                     const TemporaryDirectory directory;
-                    const std::string conf = directory.path("softhsm2.conf");
-                    const std::string text = "directories.tokendir = " + directory.path("") + "\n";
-                    write_file(conf, Octets(text.begin(), text.end()));
-                    setenv("SOFTHSM2_CONF", conf.c_str(), 1);
+                    use_tokens_of(directory);
                     if (!fails_with(NTE_BAD_KEYSET, Acquired(key("token=late;object=ec")).result)) {
                         return false;
                     }
