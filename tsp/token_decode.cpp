@@ -63,12 +63,7 @@ std::unique_ptr<CAttributes> read_attributes(detail::MessageReader& message, DWO
     if (block.cbData() == 0) {
         return nullptr;
     }
-    if (block.cbData() < sizeof(CRYPT_ATTRIBUTES)) {
-        throw CAtlException(CRYPT_E_BAD_MSG);
-    }
-    // Array new aligns the block for any record.
-    auto* attributes = reinterpret_cast<CRYPT_ATTRIBUTES*>(block.pbData());
-    return std::make_unique<CAttributes>(CRYPTToLODESTAttributes(attributes));
+    return std::make_unique<CAttributes>(attributes_in(block));
 }
 
 }  // namespace
@@ -83,10 +78,7 @@ void CToken::decode(const CBlob& blob) {
 }
 
 void CToken::Impl::decode() {
-    ATL2::CCryptMsg handle(CryptMsgOpenToDecode(detail::kEncodingTypes, 0, 0, 0, nullptr, nullptr));
-    if (handle.get() == nullptr) {
-        detail::throw_null_handle();
-    }
+    ATL2::CCryptMsg handle(detail::open_to_decode());
     unknownAlgorithm = !update_knows_algorithms(handle.get(), encodedToken);
 
     detail::MessageReader message(handle.get());
@@ -104,14 +96,7 @@ void CToken::Impl::decode() {
 
     signedAttributes = read_attributes(message, CMSG_SIGNER_AUTH_ATTR_PARAM);
     unsignedAttributes = read_attributes(message, CMSG_SIGNER_UNAUTH_ATTR_PARAM);
-    const DWORD certificate_count = message.read_count(CMSG_CERT_COUNT_PARAM);
-    if (certificate_count != 0) {
-        certificates = std::make_unique<CBlobList>();
-    }
-    for (DWORD i = 0; i < certificate_count; ++i) {
-        CBlob certificate = message.read(CMSG_CERT_PARAM, i);
-        certificates->emplace_back().swap(certificate);
-    }
+    certificates = message.read_certificates();
     messageHandle = handle.detach();
 }
 

@@ -90,4 +90,12 @@ ASN1::CAttributes CRYPTToLODESTAttributes(CRYPT_ATTRIBUTES* attributes) {
     return list;
 }
 
+ASN1::CAttributes attributes_in(const CBlob& block) {
+    if (block.cbData() < sizeof(CRYPT_ATTRIBUTES)) {
+        throw CAtlException(CRYPT_E_BAD_MSG);
+    }
+    // Array new aligns the block for any record.
+    return CRYPTToLODESTAttributes(reinterpret_cast<CRYPT_ATTRIBUTES*>(block.pbData()));
+}
+
 }  // namespace Quillmark::PKI::TSP

@@ -29,5 +29,7 @@ std::vector<CERT_BLOB> LODESTToCRYPTCerts(const CBlobList* certificates, std::ve
 
 /// Copies of all attributes and their values, in order.
 ASN1::CAttributes CRYPTToLODESTAttributes(CRYPT_ATTRIBUTES* attributes);
+/// The same of a block that the service has filled. Throws `CRYPT_E_BAD_MSG` for one that holds no record.
+ASN1::CAttributes attributes_in(const CBlob& block);
 
 }  // namespace Quillmark::PKI::TSP

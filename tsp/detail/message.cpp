@@ -37,6 +37,19 @@ DWORD MessageReader::read_count(DWORD parameter) {
     return count;
 }
 
+std::unique_ptr<CBlobList> MessageReader::read_certificates() {
+    const DWORD count = read_count(CMSG_CERT_COUNT_PARAM);
+    if (count == 0) {
+        return nullptr;
+    }
+    auto certificates = std::make_unique<CBlobList>();
+    for (DWORD i = 0; i < count; ++i) {
+        CBlob certificate = read(CMSG_CERT_PARAM, i);
+        certificates->emplace_back().swap(certificate);
+    }
+    return certificates;
+}
+
 void MessageReader::read_signer(ASN1::CSignerInfo& signer) {
     const CBlob encoded = read(CMSG_ENCODED_SIGNER);
     LocalDecodeBuffer buffer(encoded.pbData(), checked_length(encoded));
@@ -46,6 +59,14 @@ void MessageReader::read_signer(ASN1::CSignerInfo& signer) {
         throw CAtlException(CRYPT_E_ASN1_INTERNAL);
     }
     ASN1::ASN1T_SignerInfo_get(signer, record);
+}
+
+HCRYPTMSG open_to_decode() {
+    HCRYPTMSG message = CryptMsgOpenToDecode(kEncodingTypes, 0, 0, 0, nullptr, nullptr);
+    if (message == nullptr) {
+        throw_null_handle();
+    }
+    return message;
 }
 
 PCCERT_CONTEXT open_certificate(const CBlob& certificate) {

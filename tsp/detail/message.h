@@ -2,6 +2,8 @@
 
 // Messages and certificates of the platform service, for signing and reading tokens.
 
+#include <memory>
+
 #include "asn1/signer_info.h"
 #include "platform/cryptoapi.h"
 #include "values/blob.h"
@@ -22,6 +24,8 @@ class MessageReader {
     /// (`CRYPT_E_ATTRIBUTES_MISSING`).
     CBlob read_attributes(DWORD parameter);
     DWORD read_count(DWORD parameter);
+    /// DER of each certificate, in the message's order; null when there is none.
+    std::unique_ptr<CBlobList> read_certificates();
     /// The message's first SignerInfo, decoded into `signer`.
     void read_signer(ASN1::CSignerInfo& signer);
 
@@ -30,6 +34,9 @@ class MessageReader {
     DWORD size_ =
         0;  // carried from query to query: a service may report missing attributes and leave it alone
 };
+
+/// A message that waits for its octets, never null. Throws the last error.
+HCRYPTMSG open_to_decode();
 
 /// A context over the DER of a certificate, never null. Throws the last error when the service refuses it.
 PCCERT_CONTEXT open_certificate(const CBlob& certificate);
