@@ -163,7 +163,8 @@ typedef struct _CMSG_STREAM_INFO CMSG_STREAM_INFO, *PCMSG_STREAM_INFO;
 #define PKCS_7_ASN_ENCODING 0x10000u
 
 /* Message types */
-#define CMSG_DATA 1u
+// No macro: <sys/socket.h> has one of this name, which takes an argument.
+constexpr DWORD CMSG_DATA = 1;
 #define CMSG_SIGNED 2u
 
 /* Message flags */

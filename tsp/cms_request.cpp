@@ -71,7 +71,8 @@ void CMSRequest::put_timeStampAlgorithm(const char* timeStampAlgorithm) {
 }
 
 void CMSRequest::put_contentInfo(const CContentInfo& contentInfo) {
-    impl_->contentInfo = contentInfo;
+    CContentInfo copy(contentInfo);  // what can fail comes first, so that the old content stays whole
+    impl_->contentInfo = std::move(copy);
 }
 
 void CMSRequest::put_attributes(const CAttributes* attributes) {

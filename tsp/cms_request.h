@@ -4,8 +4,9 @@
 // the signature value of the signed file, in a ContentInfo (RFC 5652 3). The answer is a `CMSStamp`. On the
 // wire, HTTP as a rule, both travel in base64.
 //
-//     CMSRequest request("1.3.6.1.4.1.311.3.2.1", CContentInfo("1.2.840.113549.1.7.1",
-//     toOctetString(signature))); send(base64_of(request.encode()));
+//     const CContentInfo content("1.2.840.113549.1.7.1", toOctetString(signature));
+//     const CMSRequest request("1.3.6.1.4.1.311.3.2.1", content);
+//     send(base64_of(request.encode()));
 //
 // All failures are thrown as `CAtlException`, but for those of the standard allocator.
 

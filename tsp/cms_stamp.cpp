@@ -77,11 +77,12 @@ void CMSStampImpl::update() {
     if (!signingRequested) {
         return;
     }
+    ATL2::CCryptMsg message(nullptr);  // closed when the certificate is freed already
     const ATL2::CCertContext context(detail::open_certificate(signerCertificate));
     SignerDescription signer(context.get()->pCertInfo, providerHandle, keySpec, signerHashAlgorithm);
     const CAttributes attributes = signing_time_attributes(signingTime);
     signer.set_attributes(&attributes, nullptr);
-    const ATL2::CCryptMsg message(open_to_encode(signer, certificates.get(), kData));
+    message.attach(open_to_encode(signer, certificates.get(), kData));
     update_message(message, fromOctetString(content));
     CBlob encoded = detail::MessageReader(message.get()).read(CMSG_CONTENT_PARAM);
     stampMessage.swap(encoded);

@@ -70,9 +70,10 @@ class QUILLMARK_API CMSStamp {
     CBlob encode() const;
 
     /// Reads the message in `blob`, field by field: after a failure the message, and what was read before the
-    /// failure, is new. Throws `CRYPT_E_BAD_MSG` when the message has no signing time, and what the service
-    /// reports of bytes that are no signed message, of algorithms that it does not know, and of a message
-    /// without signed attributes. Certificates stay as they were when the message has none.
+    /// failure, is new. Throws `CRYPT_E_BAD_MSG` when the message has no signing time, what
+    /// `CAttrSigningTime` throws of one that is no time, and what the service reports of bytes that are no
+    /// signed message, of algorithms that it does not know, and of a message without signed attributes.
+    /// Certificates stay as they were when the message has none.
     void decode(const CBlob& blob);
 
     /// Whether the signature of the message's first signer holds with the key of `certificate` (DER). Throws

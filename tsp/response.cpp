@@ -68,7 +68,8 @@ const CToken* CResponse::get_timeStampToken() const {
 }
 
 void CResponse::put_status(const CPKIStatusInfo& status) {
-    impl_->status = status;
+    CPKIStatusInfo copy(status);  // what can fail comes first, so that the old status stays whole
+    impl_->status = std::move(copy);
 }
 
 void CResponse::put_timeStampToken(const CToken* token) {

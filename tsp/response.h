@@ -36,6 +36,7 @@ class QUILLMARK_API CResponse {
     /// Null when there is none. Lent: valid until a token is put, the object is assigned to, decodes or ends.
     const CToken* get_timeStampToken() const;
 
+    /// This and `put_timeStampToken` leave the old value when the copy fails.
     void put_status(const ASN1::CPKIStatusInfo& status);
     /// Copies the token; null clears. Whether it goes with the status is not looked at.
     void put_timeStampToken(const CToken* token);

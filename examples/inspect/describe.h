@@ -13,6 +13,8 @@ void describe_request(const Octets& octets, Report& report);
 /// Of a response that is refused, status and token are read on their own.
 void describe_response(const Octets& octets, Report& report);
 void describe_token(const Octets& octets, Report& report);
+/// The request of the Authenticode exchange, which is older than RFC 3161.
+void describe_authenticode_request(const Octets& octets, Report& report);
 /// The answer of the Authenticode exchange: a SignedData whose content is what was stamped.
 void describe_stamp(const Octets& octets, Report& report);
 /// Any other SignedData.

@@ -40,6 +40,7 @@ struct Production {
 const Production& time_stamp_request();
 const Production& time_stamp_response();
 const Production& time_stamp_token();
+const Production& authenticode_request();
 /// A SignedData of any content.
 const Production& signed_message();
 const Production& certificate();

@@ -1,4 +1,5 @@
-// Prints what is in requests, responses, tokens, Authenticode stamps, certificates and revocation lists.
+// Prints what is in requests, responses, tokens, Authenticode requests and stamps, certificates and
+// revocation lists.
 //
 //     inspect [--json] FILE...
 //
@@ -45,6 +46,8 @@ void describe(Kind kind, const Octets& octets, Report& report) {
             return describe_response(octets, report);
         case Kind::kToken:
             return describe_token(octets, report);
+        case Kind::kAuthenticodeRequest:
+            return describe_authenticode_request(octets, report);
         case Kind::kStamp:
             return describe_stamp(octets, report);
         case Kind::kSignedData:

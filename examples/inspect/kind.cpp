@@ -158,7 +158,7 @@ Recognised begun_by_object_id(const Members& message) {
         return recognise_signed_data(message.inside(1).inside(0));
     }
     if (type == kAuthenticodeRequestType) {
-        return other("authenticode-request", "Authenticode time-stamp request");
+        return {Kind::kAuthenticodeRequest, "authenticode-request", "Authenticode time-stamp request"};
     }
     if (message.tag(1) == kContext0) {
         return other("cms", "CMS ContentInfo of " + name_or_oid(type));

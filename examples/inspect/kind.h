@@ -12,6 +12,7 @@ enum class Kind {
     kRequest,
     kResponse,
     kToken,
+    kAuthenticodeRequest,
     kStamp,
     kCertificate,
     kRevocationList,

@@ -1,7 +1,10 @@
-// The types of RFC 3161, RFC 5652 and RFC 5280, as far as a stamp and its certificates need them.
+// The types of RFC 3161, RFC 5652, RFC 5280 and of the Authenticode exchange, as far as a stamp and its
+// certificates need them.
 
 #include "asn1/algorithm_identifier.h"
+#include "asn1/attribute.h"
 #include "asn1/certificate.h"
+#include "asn1/content_info.h"
 #include "asn1/extension.h"
 #include "asn1/extension_value.h"
 #include "asn1/general_name.h"
@@ -52,6 +55,12 @@ void read_content_type(const Element& element) {
 void read_signers(const Element& signers) {
     if (Elements(signers).at_end()) {
         throw Malformed(signers.whole.offset, "signerInfos is empty: nobody has signed");
+    }
+}
+
+void read_attributes(const Element& attributes) {
+    if (Elements(attributes).at_end()) {
+        throw Malformed(attributes.whole.offset, "attributes is empty: without any it is left out");
     }
 }
 
@@ -222,6 +231,27 @@ const Production kAttribute{
 const Production kAttributes{
     "attributes", Form::kSequenceOf, {{"Attribute", {kSequence}, kRequired, &kAttribute}}, nullptr};
 
+// The request of the Authenticode exchange
+
+const Production kDecodedAttribute{"Attribute", Form::kSequence, kAttribute.parts, read_as<ASN1::CAttribute>};
+const Production kDecodedAttributes{"attributes",
+                                    Form::kSequenceOf,
+                                    {{"Attribute", {kSequence}, kRequired, &kDecodedAttribute}},
+                                    read_attributes};
+const Production kStampedContent{
+    "ContentInfo",
+    Form::kSequence,
+    {{"contentType", {kObjectId}, kRequired, &kOid}, {"content", {kContext0}, kRequired, nullptr}},
+    read_as<ASN1::CContentInfo>};
+const Production kAuthenticodeRequest{"TimeStampAuthenticodeRequest",
+                                      Form::kSequence,
+                                      {{"timeStampAlgorithm", {kObjectId}, kRequired, &kOid},
+                                       {"attributes", {kSet}, kOptional, &kDecodedAttributes},
+                                       {"content", {kSequence}, kRequired, &kStampedContent}},
+                                      read_definite};
+
+// RFC 5652 5.3
+
 std::vector<Part> signer_parts(const Production* algorithm) {
     return {{"version", {kInteger}, kRequired, nullptr},
             {"sid", {kSequence, 0x80, kContext0}, kRequired, nullptr},
@@ -358,6 +388,10 @@ const Production& time_stamp_response() {
 
 const Production& time_stamp_token() {
     return kToken.type;
+}
+
+const Production& authenticode_request() {
+    return kAuthenticodeRequest;
 }
 
 const Production& signed_message() {

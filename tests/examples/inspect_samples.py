@@ -7,6 +7,23 @@ import subprocess
 
 from ber import der
 
+AUTHENTICODE_REQUEST = """asn1 = SEQUENCE:request
+[request]
+algorithm = OID:1.3.6.1.4.1.311.3.2.1
+attributes = SET:attributes
+content = SEQUENCE:content
+[attributes]
+time = SEQUENCE:attribute
+[attribute]
+type = OID:1.2.840.113549.1.9.5
+values = SET:values
+[values]
+time = UTC:240229235958Z
+[content]
+type = OID:1.2.840.113549.1.7.1
+data = EXPLICIT:0,FORMAT:HEX,OCTETSTRING:00112233
+"""
+
 TSA_CONFIGURATION = """
 [tsa_plain]
 serial = ./serial_plain
@@ -118,6 +135,8 @@ class Samples:
         self.openssl(*sign, "-nosmimecap", "-out", "stamp.p7")
         self.openssl(*sign, "-out", "mail.p7")
         self.openssl(*sign, "-keyid", "-out", "by_key_identifier.p7")
+        self.write("authenticode.cnf", AUTHENTICODE_REQUEST.encode())
+        self.openssl("asn1parse", "-genconf", "authenticode.cnf", "-noout", "-out", "authenticode.req")
         self.openssl("cms", "-encrypt", "-binary", "-in", "file", "-outform", "DER", "-out", "enveloped.p7",
                      "tsa_rsa2048.pem")
         self.openssl("cms", "-digest_create", "-in", "file", "-outform", "DER", "-out", "digested.p7")

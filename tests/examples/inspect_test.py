@@ -90,7 +90,7 @@ class Inspection(unittest.TestCase):
 class Kinds(Inspection):
     def test_each_kind_is_told_by_the_octets(self):
         kinds = {"full.tsq": "request", "full.tsr": "response", "rejected.tsr": "response", "full.tst": "token",
-                 "stamp.p7": "stamp", "rich.der": "cert", "list.crl": "crl", "mail.p7": "cms", "enveloped.p7": "cms",
+                 "authenticode.req": "authenticode-request", "stamp.p7": "stamp", "rich.der": "cert", "list.crl": "crl", "mail.p7": "cms", "enveloped.p7": "cms",
                  "digested.p7": "cms", "status.ocq": "ocsp", "status.ocr": "ocsp", "general.cmp": "cmp",
                  "request.p10": "pkcs10", "key.p8": "private-key", "key.pub": "public-key", "tsa_p256.p12": "pkcs12",
                  "plain.der": "der", "file": "text"}
@@ -186,6 +186,21 @@ class Fields(Inspection):
         self.assertEqual(decoded["status"], 2)
         self.assertEqual(decoded["failInfo"], ["unacceptedPolicy"])
         self.assertEqual(decoded["statusString"], ["Requested policy is not supported."])
+
+    def test_authenticode_request(self):
+        decoded = self.decoded("authenticode.req", "authenticode-request")
+        self.assertEqual(decoded, {"timeStampAlgorithm": "1.3.6.1.4.1.311.3.2.1",
+                                   "contentType": "1.2.840.113549.1.7.1", "content": "00112233",
+                                   "attributes": [{"oid": SIGNING_TIME, "values": ["170d3234303232393233353935385a"],
+                                                   "texts": ["2024-02-29 23:59:58 UTC"]}]})
+
+    def test_authenticode_request_of_another_content(self):
+        request = parse(SAMPLES.read("authenticode.req"))
+        octets = der(0x30, request[0].encode(), der(0x30, bytes.fromhex("06032A0304"), der(0xA0, b"\x05\x00")))
+        SAMPLES.write("other.req", octets)
+        decoded = self.decoded("other.req", "authenticode-request")
+        self.assertEqual((decoded["contentType"], decoded["content"]), ("1.2.3.4", "0500"))
+        self.assertNotIn("attributes", decoded)
 
     def test_authenticode_stamp(self):
         decoded = self.decoded("stamp.p7", "stamp")
@@ -440,6 +455,22 @@ class Damaged(Inspection):
         octets = der(0x30, request[0].encode(), whole)
         self.expect_fault(octets, imprint.offset, "this element has the indefinite length", "request")
 
+    def test_authenticode_request_with_an_attribute_of_another_type(self):
+        request = parse(SAMPLES.read("authenticode.req"))
+        request[1][0][1][0].tag = 0x05
+        self.expect_fault(request.encode(), request[1][0].offset, "Attribute is refused: CRYPT_E_ASN1_INTERNAL",
+                          "request")
+
+    def test_authenticode_request_without_content(self):
+        request = parse(SAMPLES.read("authenticode.req"))
+        octets = der(0x30, request[0].encode(), request[1].encode())
+        self.expect_fault(octets, 0, "TimeStampAuthenticodeRequest ends before content", "request")
+
+    def test_authenticode_request_with_an_empty_set(self):
+        request = parse(SAMPLES.read("authenticode.req"))
+        octets = der(0x30, request[0].encode(), der(0x31), request[2].encode())
+        self.expect_fault(octets, request[1].offset, "attributes is empty", "request")
+
     def test_response_with_more_failure_bits_than_there_are(self):
         response = parse(SAMPLES.read("rejected.tsr"))
         response[0].first(0x03).content = bytes(6)
@@ -548,7 +579,7 @@ class Hostile(Inspection):
                 entries = [json.loads(line) for line in done.stdout.splitlines()]
                 self.assertEqual([entry["file"] for entry in entries], names)
 
-    KINDS = ("full.tsq", "full.tsr", "full.tst", "plain.tsr", "rejected.tsr", "stamp.p7", "rich.der", "list.crl",
+    KINDS = ("full.tsq", "full.tsr", "full.tst", "plain.tsr", "rejected.tsr", "authenticode.req", "stamp.p7", "rich.der", "list.crl",
              "by_key_identifier.p7", "status.ocr", "two.pem")
 
     @classmethod

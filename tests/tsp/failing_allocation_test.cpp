@@ -13,8 +13,12 @@
 #include "tests/support/codec_heap.h"
 #include "tests/support/failing_new.h"
 #include "tests/support/message_service.h"
+#include "tests/support/provider_calls.h"
+#include "tests/support/sample_stamp.h"
 #include "tests/support/sample_token.h"
 #include "tests/support/test_keys.h"
+#include "tsp/cms_request.h"
+#include "tsp/cms_stamp.h"
 #include "tsp/request.h"
 #include "tsp/response.h"
 #include "tsp/token.h"
@@ -346,6 +350,227 @@ TEST(ResponseWithoutMemory, CopiesAndPuts) {
             target.put_timeStampToken(response.get_timeStampToken());
         },
         [&] { EXPECT_EQ(target.encode(), expected); });
+}
+
+// Requests of the Authenticode exchange
+
+CMSRequest full_authenticode_request() {
+    CMSRequest request("1.3.6.1.4.1.311.3.2.1", CContentInfo("1.2.840.113549.1.7.1", blob("04 02 aa bb")));
+    CAttributes attributes;
+    attributes.push_back(CAttribute("1.2.9"));
+    attributes.back().add(blob("02 01 02"));
+    attributes.back().add(blob("02 01 01"));
+    attributes.push_back(CAttribute("1.2.5"));
+    attributes.back().add(blob("05 00"));
+    request.put_attributes(&attributes);
+    return request;
+}
+
+TEST(CMSRequestWithoutMemory, Encodes) {
+    const CMSRequest request = full_authenticode_request();
+    const CBlob expected = request.encode();
+    with_each_allocation_refused([&] { (void)request.encode(); },
+                                 [&] { EXPECT_EQ(request.encode(), expected); });
+}
+
+// Each field is the old or the new one.
+TEST(CMSRequestWithoutMemory, DecodesFieldByField) {
+    const CBlob bytes = full_authenticode_request().encode();
+    const CMSRequest old("1.2.3", CContentInfo("1.2.4", blob("05 00")));
+    CMSRequest request(old);
+    with_each_allocation_refused(
+        [&] {
+            request = old;
+            request.decode(bytes);
+        },
+        [&] {
+            const std::string algorithm = request.get_timeStampAlgorithm();
+            EXPECT_TRUE(algorithm == "1.2.3" || algorithm == "1.3.6.1.4.1.311.3.2.1") << algorithm;
+            const std::string content = hex(request.get_contentInfo().get_content());
+            EXPECT_TRUE(content == "05 00" || content == "04 02 aa bb") << content;
+            EXPECT_TRUE(request.get_attributes() == nullptr || request.get_attributes()->size() == 2);
+        });
+    EXPECT_EQ(request.encode(), bytes);
+}
+
+TEST(CMSRequestWithoutMemory, CopiesAndConstructs) {
+    const CMSRequest request = full_authenticode_request();
+    with_each_allocation_refused(
+        [&] {
+            const CMSRequest copy(request);
+            const CMSRequest constructed("1.3.6.1.4.1.311.3.2.1", request.get_contentInfo());
+        },
+        nothing_more);
+}
+
+TEST(CMSRequestWithoutMemory, AssignmentLeavesTheOldContent) {
+    const CMSRequest other = full_authenticode_request();
+    const CBlob expected = other.encode();
+    const CMSRequest old("1.2.3", CContentInfo("1.2.4", blob("05 00")));
+    const CBlob old_bytes = old.encode();
+    CMSRequest request(old);
+    with_each_allocation_refused([&] { request = other; },
+                                 [&] {
+                                     const CBlob bytes = request.encode();
+                                     EXPECT_TRUE(bytes == expected || bytes == old_bytes);
+                                 });
+    EXPECT_EQ(request.encode(), expected);
+}
+
+TEST(CMSRequestWithoutMemory, PutKeepsTheOldValue) {
+    CMSRequest request = full_authenticode_request();
+    const CBlob expected = request.encode();
+    const CMSRequest values = request;
+    with_each_allocation_refused(
+        [&] {
+            request.put_timeStampAlgorithm(values.get_timeStampAlgorithm());
+            request.put_contentInfo(values.get_contentInfo());
+            request.put_attributes(values.get_attributes());
+        },
+        [&] { EXPECT_EQ(request.encode(), expected); });
+}
+
+TEST(CMSRequestWithoutMemory, PutOfAnotherContentIsAllOrNothing) {
+    const CContentInfo first("1.2.840.113549.1.7.1", blob("04 02 aa bb"));
+    const CContentInfo second("1.2.3.4", blob("05 00"));
+    CMSRequest request("1.2.3", first);
+    with_each_allocation_refused([&] { request.put_contentInfo(second); },
+                                 [&] {
+                                     const CBlob content = request.get_contentInfo().encode();
+                                     EXPECT_TRUE(content == first.encode() || content == second.encode());
+                                     request = CMSRequest("1.2.3", first);
+                                 });
+}
+
+// Stamps of the Authenticode exchange
+
+CMSStamp unsigned_stamp() {
+    CMSStamp stamp(blob("04 02 aa bb"), CDateTime(2024u, 1u, 2u, 3u, 4u, 5u, 0u, 0u));
+    const CBlobList certificates = {test::certificate("tsa_p256"), test::certificate("ca")};
+    stamp.put_certificates(&certificates);
+    return stamp;
+}
+
+CMSStamp signed_stamp() {
+    CMSStamp stamp = unsigned_stamp();
+    const test::TestKey key("tsa_p256");
+    stamp.sign(key.provider(), AT_SIGNATURE, test::certificate("tsa_p256"), CAlgorithmIdentifierEx(kSha256));
+    return stamp;
+}
+
+TEST(StampWithoutMemory, Signs) {
+    const CBlob certificate = test::certificate("tsa_p256");
+    const CAlgorithmIdentifierEx algorithm(kSha256);
+    const int references = test::open_provider_references();
+    {
+        const test::TestKey key("tsa_p256");
+        test::MessageService service(test::MessageService::kHandles);
+        CMSStamp stamp = unsigned_stamp();
+        with_each_allocation_refused(
+            [&] { stamp.sign(key.provider(), AT_SIGNATURE, certificate, algorithm); },
+            [&] {
+                EXPECT_EQ(service.open_certificates(), 0);
+                EXPECT_EQ(service.open_messages(), 0);
+            });
+        EXPECT_TRUE(stamp.verify(certificate));
+    }
+    // A key that was opened is one reference, which only its release counts.
+    EXPECT_EQ(test::open_provider_references(), references - 1);
+}
+
+TEST(StampWithoutMemory, PutLeavesTheOldMessageOrSignsANewOne) {
+    CMSStamp stamp = signed_stamp();
+    const CMSStamp values = stamp;
+    const CBlob certificate = test::certificate("tsa_p256");
+    test::MessageService service(test::MessageService::kHandles);
+    with_each_allocation_refused(
+        [&] {
+            stamp.put_content(values.get_content());
+            stamp.put_signingTime(values.get_signingTime());
+            stamp.put_certificates(values.get_certificates());
+        },
+        [&] {
+            EXPECT_EQ(service.open_certificates(), 0);
+            EXPECT_EQ(service.open_messages(), 0);
+            EXPECT_EQ(stamp.get_content(), values.get_content());
+            EXPECT_TRUE(*stamp.get_certificates() == *values.get_certificates());
+            EXPECT_TRUE(stamp.verify(certificate));
+        });
+}
+
+// Each field is the old or the new one.
+TEST(StampWithoutMemory, DecodesFieldByField) {
+    const CBlob bytes = signed_stamp().encode();
+    test::MessageService service(test::MessageService::kHandles);
+    const CMSStamp old(blob("04 00"), CDateTime(0L, 0));
+    CMSStamp stamp;
+    with_each_allocation_refused(
+        [&] {
+            stamp = old;
+            stamp.decode(bytes);
+        },
+        [&] {
+            EXPECT_EQ(service.open_messages(), 0);
+            const std::string content = hex(stamp.get_content());
+            EXPECT_TRUE(content.empty() || content == "04 00" || content == "04 02 aa bb") << content;
+            EXPECT_TRUE(stamp.get_certificates() == nullptr || stamp.get_certificates()->size() == 2);
+        });
+    EXPECT_TRUE(stamp.verify(test::certificate("tsa_p256")));
+}
+
+TEST(StampWithoutMemory, DecodeOfBytesThatCannotBeCopiedLeavesTheOldContent) {
+    CMSStamp stamp = signed_stamp();
+    const CBlob before = stamp.encode();
+    const CBlob other = blob_of(test::sample_stamp());
+    {
+        test::FailNthNew failing(0);
+        EXPECT_THROW(stamp.decode(other), std::bad_alloc);
+    }
+    EXPECT_EQ(stamp.encode(), before);
+}
+
+TEST(StampWithoutMemory, VerifiesEncodesAndDescribesItsSigner) {
+    const CMSStamp stamp = signed_stamp();
+    const CBlob certificate = test::certificate("tsa_p256");
+    test::MessageService service(test::MessageService::kHandles);
+    with_each_allocation_refused(
+        [&] {
+            (void)stamp.verify(certificate);
+            (void)stamp.encode();
+            (void)stamp.get_signerInfo();
+        },
+        [&] {
+            EXPECT_EQ(service.open_certificates(), 0);
+            EXPECT_EQ(service.open_messages(), 0);
+        });
+}
+
+TEST(StampWithoutMemory, CopiesAndConstructs) {
+    const CMSStamp stamp = signed_stamp();
+    const int references = test::open_provider_references();
+    with_each_allocation_refused(
+        [&] {
+            const CMSStamp copy(stamp);
+            const CMSStamp constructed(stamp.get_content(), stamp.get_signingTime());
+        },
+        [&] { EXPECT_EQ(test::open_provider_references(), references); });
+}
+
+TEST(StampWithoutMemory, AssignmentLeavesTheOldContent) {
+    const CMSStamp other = signed_stamp();
+    const CMSStamp old = signed_stamp();
+    const int references = test::open_provider_references();
+    {
+        CMSStamp stamp(old);
+        with_each_allocation_refused([&] { stamp = other; },
+                                     [&] {
+                                         const CBlob bytes = stamp.encode();
+                                         EXPECT_TRUE(bytes == other.encode() || bytes == old.encode());
+                                         EXPECT_EQ(test::open_provider_references(), references + 1);
+                                     });
+        EXPECT_EQ(stamp.encode(), other.encode());
+    }
+    EXPECT_EQ(test::open_provider_references(), references);
 }
 
 }  // namespace

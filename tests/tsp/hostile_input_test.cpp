@@ -29,7 +29,10 @@
 #include "tests/support/codec_heap.h"
 #include "tests/support/message_service.h"
 #include "tests/support/result_code.h"
+#include "tests/support/sample_stamp.h"
 #include "tests/support/sample_token.h"
+#include "tsp/cms_request.h"
+#include "tsp/cms_stamp.h"
 #include "tsp/request.h"
 #include "tsp/response.h"
 #include "tsp/token.h"
@@ -109,6 +112,21 @@ Octets full_response() {
     return sequence({status, full_token()});
 }
 
+/// With attributes that the tables know and do not know, and content that they know.
+Octets full_authenticode_request() {
+    const Octets attributes =
+        element(0x31, {attribute(), test::signing_time_attribute(text_element(0x17, "240102030405Z"))});
+    return sequence({element(0x06, "2b 06 01 04 01 82 37 03 02 01"), attributes,
+                     sequence({test::kDataType, element(0xa0, element(0x04, "aa bb"))})});
+}
+
+Octets full_stamp() {
+    test::StampParts parts;
+    parts.certificates = test::sample_certificate("02 01 09");
+    parts.signed_attributes = join({attribute(), parts.signed_attributes});
+    return sample_stamp(parts);
+}
+
 // What is under test
 
 struct Decoder {
@@ -143,6 +161,9 @@ const std::set<HRESULT> kService = {CRYPT_E_ASN1_EOD,    CRYPT_E_ASN1_CORRUPT,  
                                     CRYPT_E_ASN1_BADTAG, CRYPT_E_INVALID_MSG_TYPE, CRYPT_E_INVALID_INDEX,
                                     CRYPT_E_BAD_MSG,     TRUST_E_TIME_STAMP};
 
+/// What a stamp does not tolerate, unlike a token.
+const std::set<HRESULT> kStamp = {CRYPT_E_UNKNOWN_ALGO, CRYPT_E_ATTRIBUTES_MISSING};
+
 const std::set<HRESULT> kTime = {E_FAIL, HRESULT_FROM_WIN32(ERROR_INVALID_TIME)};
 
 std::set<HRESULT> all_of(std::initializer_list<std::set<HRESULT>> sets) {
@@ -159,6 +180,8 @@ const std::vector<Decoder>& decoders() {
         {"CResponse", full_response(), decode_value<CResponse>,
          all_of({kCodecOrValue, kService, {CRYPT_E_ASN1_UTF8}})},
         {"CToken", full_token(), decode_value<CToken>, all_of({kCodecOrValue, kService})},
+        {"CMSRequest", full_authenticode_request(), decode_value<CMSRequest>, kCodec},
+        {"CMSStamp", full_stamp(), decode_value<CMSStamp>, all_of({kCodecOrValue, kService, kStamp, kTime})},
         {"CAlgorithmIdentifier", test::kSha256, decode_value<CAlgorithmIdentifier>, kCodec},
         {"CBigInteger", element(0x02, "00 80"), decode_value<CBigInteger>, kCodec},
         {"CExtensions", sequence({extension()}), decode_value<CExtensions>, kCodec},
@@ -395,11 +418,17 @@ TEST(HostileNesting, StampsInsideNamesInsideStampsHaveALimit) {
         CResponse response;
         response.decode(test::blob_of(sequence({element(0x30, "02 01 00"), token_of_tokens(levels)})));
     };
+    const auto decode_authenticode_request = [](int levels) {
+        CMSRequest request;
+        request.decode(test::blob_of(sequence({element(0x06, "2a 03"), token_of_tokens(levels)})));
+    };
     EXPECT_NO_THROW(decode(3));
     EXPECT_NO_THROW(decode_response(3));
+    EXPECT_NO_THROW(decode_authenticode_request(3));
     for (const int levels : {65, 300}) {
         EXPECT_CODE(CRYPT_E_ASN1_INTERNAL, decode(levels));
         EXPECT_CODE(CRYPT_E_ASN1_INTERNAL, decode_response(levels));
+        EXPECT_CODE(CRYPT_E_ASN1_INTERNAL, decode_authenticode_request(levels));
     }
     EXPECT_EQ(heap.live_blocks(), 0u);
 }

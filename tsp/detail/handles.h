@@ -20,6 +20,8 @@ class CCryptMsg {
     CCryptMsg& operator=(const CCryptMsg&) = delete;
 
     HCRYPTMSG get() const { return message_; }
+    /// Takes a message over; there is none yet.
+    void attach(HCRYPTMSG message) { message_ = message; }
     /// Gives the message up to the caller.
     HCRYPTMSG detach() {
         HCRYPTMSG message = message_;
