@@ -1,5 +1,8 @@
 #include "certificate.h"
 
+#include <algorithm>
+#include <cstring>
+#include <iterator>
 #include <vector>
 
 #include "asn1/name.h"
@@ -9,6 +12,10 @@
 namespace example {
 
 namespace {
+
+// SEQUENCE { OBJECT IDENTIFIER 1.3.6.1.5.5.7.3.8 }
+constexpr BYTE kTimeStampingAlone[] = {0x30, 0x0A, 0x06, 0x08, 0x2B, 0x06,
+                                       0x01, 0x05, 0x05, 0x07, 0x03, 0x08};
 
 Quillmark::CBlob blob_of(const CERT_NAME_BLOB& name) {
     return Quillmark::CBlob(name.pbData, name.cbData);
@@ -46,6 +53,27 @@ Quillmark::ASN1::CBigInteger Certificate::serial_number() const {
 
 std::string Certificate::key_algorithm() const {
     return context_->pCertInfo->SubjectPublicKeyInfo.Algorithm.pszObjId;
+}
+
+Quillmark::CDateTime Certificate::not_before() const {
+    return Quillmark::CDateTime(context_->pCertInfo->NotBefore);
+}
+
+Quillmark::CDateTime Certificate::not_after() const {
+    return Quillmark::CDateTime(context_->pCertInfo->NotAfter);
+}
+
+bool Certificate::is_for_time_stamping() const {
+    const CERT_INFO& info = *context_->pCertInfo;
+    const auto is_extended_key_usage = [](const CERT_EXTENSION& extension) {
+        return std::strcmp(extension.pszObjId, "2.5.29.37") == 0;
+    };
+    const CERT_EXTENSION* const begin = info.rgExtension;
+    const CERT_EXTENSION* const end = begin + info.cExtension;
+    const CERT_EXTENSION* const found = std::find_if(begin, end, is_extended_key_usage);
+    return found != end && found->fCritical &&
+           std::equal(found->Value.pbData, found->Value.pbData + found->Value.cbData,
+                      std::begin(kTimeStampingAlone), std::end(kTimeStampingAlone));
 }
 
 std::string name_text(const Quillmark::CBlob& name) {

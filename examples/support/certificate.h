@@ -7,6 +7,7 @@
 #include "asn1/big_integer.h"
 #include "platform/cryptoapi.h"
 #include "values/blob.h"
+#include "values/datetime.h"
 
 namespace example {
 
@@ -23,6 +24,11 @@ class Certificate {
     Quillmark::ASN1::CBigInteger serial_number() const;
     /// The object identifier of the public key's algorithm.
     std::string key_algorithm() const;
+    Quillmark::CDateTime not_before() const;
+    Quillmark::CDateTime not_after() const;
+    /// Whether the key is for time-stamping and nothing else, and everybody must heed it (RFC 3161 2.3): one
+    /// extended key usage, id-kp-timeStamping alone, and critical.
+    bool is_for_time_stamping() const;
 
   private:
     PCCERT_CONTEXT context_;

@@ -22,6 +22,9 @@ class Failure : public std::runtime_error {
 /// The code by its published name and number.
 std::string describe(HRESULT code);
 
+/// The exception that is being handled, in a few words.
+std::string describe_exception();
+
 /// The result that stands for the last error of a platform call.
 HRESULT last_error();
 

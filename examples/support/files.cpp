@@ -37,6 +37,11 @@ struct PemBlock {
     bool read(BIO* bio) { return PEM_read_bio(bio, &label, &header, &data, &size) == 1; }
 };
 
+// A certificate is a SEQUENCE, whose first octet begins no text.
+bool is_der(const Quillmark::CBlob& contents) {
+    return contents.cbData() > 1 && contents.pbData()[0] == 0x30 && (contents.pbData()[1] & 0x80) != 0;
+}
+
 }  // namespace
 
 Quillmark::CBlob read_file(const std::string& path) {
@@ -68,6 +73,9 @@ Quillmark::CBlobList read_certificates(const std::string& path) {
         }
     }
     ERR_clear_error();  // the end of the file counts as an error there
+    if (certificates.empty() && is_der(read_file(path))) {
+        certificates.push_back(read_file(path));
+    }
     if (certificates.empty()) {
         throw Failure("reading " + path + ": no certificate in it");
     }

@@ -2,7 +2,6 @@
 
 #include <fstream>
 #include <memory>
-#include <vector>
 
 #include <openssl/evp.h>
 
@@ -55,6 +54,19 @@ const HashAlgorithm* find_hash(const std::string& name_or_oid) {
         }
     }
     return nullptr;
+}
+
+std::vector<const HashAlgorithm*> all_hashes() {
+    std::vector<const HashAlgorithm*> hashes;
+    for (const HashAlgorithm& algorithm : kHashes) {
+        hashes.push_back(&algorithm);
+    }
+    return hashes;
+}
+
+const HashAlgorithm& sha1() {
+    static const HashAlgorithm kSha1 = {"SHA1", "1.3.14.3.2.26", 20};
+    return kSha1;
 }
 
 const HashAlgorithm& sha256() {

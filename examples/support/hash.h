@@ -3,6 +3,7 @@
 // Hashes by libcrypto.
 
 #include <string>
+#include <vector>
 
 #include "values/blob.h"
 
@@ -14,8 +15,14 @@ struct HashAlgorithm {
     unsigned long octets;
 };
 
-/// Null for a hash that these programs do not stamp. SHA-1 and older are not among them.
+/// Null for a hash that these programs do not stamp unasked. SHA-1 and older are not among them.
 const HashAlgorithm* find_hash(const std::string& name_or_oid);
+
+/// All that `find_hash` finds.
+std::vector<const HashAlgorithm*> all_hashes();
+
+/// For those who ask for it by its name.
+const HashAlgorithm& sha1();
 
 const HashAlgorithm& sha256();
 

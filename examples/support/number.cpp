@@ -19,12 +19,16 @@ Quillmark::ASN1::CBigInteger positive_number(const std::vector<unsigned char>& o
     return Quillmark::ASN1::CBigInteger(content.data(), content.size());
 }
 
-Quillmark::ASN1::CBigInteger random_number(unsigned int octets) {
-    std::vector<unsigned char> random(octets);
-    if (RAND_bytes(random.data(), static_cast<int>(octets)) != 1) {
+std::vector<unsigned char> random_octets(unsigned int count) {
+    std::vector<unsigned char> random(count);
+    if (RAND_bytes(random.data(), static_cast<int>(count)) != 1) {
         throw Failure("libcrypto gave no random octets");
     }
-    return positive_number(random);
+    return random;
+}
+
+Quillmark::ASN1::CBigInteger random_number(unsigned int octets) {
+    return positive_number(random_octets(octets));
 }
 
 }  // namespace example

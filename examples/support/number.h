@@ -11,6 +11,9 @@ namespace example {
 /// The number whose octets are given, most significant first.
 Quillmark::ASN1::CBigInteger positive_number(const std::vector<unsigned char>& octets);
 
+/// From libcrypto's generator.
+std::vector<unsigned char> random_octets(unsigned int count);
+
 /// A number of `octets` octets from libcrypto's generator.
 Quillmark::ASN1::CBigInteger random_number(unsigned int octets);
 
