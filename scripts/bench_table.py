@@ -4,12 +4,14 @@ figures to the file of results.
 
 Benchmarks are named operation/side: "ours", and the sides to compare with, such as "openssl". A "floor" is the
 cryptography alone: what "sign_p256" takes is the least that "authority_p256" can take.
+
+Figures of another kind are given as options, the size of the library and the time of a build, and go the same way.
 """
 
+import argparse
 import dataclasses
 import json
 import statistics
-import sys
 
 FLOOR_OF = {"authority": "sign", "client": "verify", "message": "sign"}
 NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
@@ -21,9 +23,10 @@ def floor_of(operation):
 
 
 class Times:
-    """Times of an operation's side in nanoseconds: the medians, and those of the fastest runs."""
+    """Times of an operation's side in nanoseconds: the medians, and those of the fastest runs; and other figures."""
 
-    def __init__(self, results):
+    def __init__(self, results, others=None):
+        self.others = others or {}
         runs = {}
         for run in results["benchmarks"]:
             if run["run_type"] == "iteration":
@@ -89,6 +92,21 @@ class ShareAboveSignature(AboveSignature):
         return self.rest(times) / self.signature(times)
 
 
+class Given(Bar):
+    """A figure that is no time of an operation."""
+
+    def figure(self, times):
+        return times.others[self.operation]
+
+
+class Size(Given):
+    unit = "MiB, stripped"
+
+
+class BuildTime(Given):
+    unit = "s from scratch, two compilers at a time"
+
+
 BARS = (
     Ratio("request_decode", 0.5),
     Ratio("request_build_encode", 0.25),
@@ -98,6 +116,8 @@ BARS = (
     Ratio("client_p256", 0.25),
     Ratio("client_rsa2048", 0.12),
     ShareAboveSignature("message_p256", 0.25),
+    Size("library", 4),
+    BuildTime("build", 300),
 )
 
 
@@ -149,13 +169,21 @@ def print_table(table):
         print("  ".join(cell.ljust(width) for cell, width in zip(row, widths)).rstrip())
 
 
+def given_figures(arguments):
+    given = {"library": arguments.library and arguments.library / 2**20, "build": arguments.build}
+    return {name: figure for name, figure in given.items() if figure is not None}
+
+
 def main():
-    if len(sys.argv) != 2:
-        sys.exit("usage: bench_table.py RESULTS.json")
-    path = sys.argv[1]
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--library", type=int, metavar="OCTETS", help="the size of the stripped shared library")
+    parser.add_argument("--build", type=float, metavar="SECONDS", help="the time of a build from scratch")
+    parser.add_argument("results", help="the file that Google Benchmark wrote, to which the bars are added")
+    arguments = parser.parse_args()
+    path = arguments.results
     with open(path, encoding="utf-8") as file:
         results = json.load(file)
-    times = Times(results)
+    times = Times(results, given_figures(arguments))
     results["bars"] = list(measured_bars(times))
     with open(path, "w", encoding="utf-8") as file:
         json.dump(results, file, indent=2)

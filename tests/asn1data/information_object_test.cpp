@@ -175,6 +175,18 @@ TEST(Extension, StaysRawUnderTheIdentifierOfNameConstraints) {  // Intended: the
     EXPECT_EQ(decoded.status(), RT_OK);
 }
 
+TEST(Extension, CarriesNameConstraintsUnderOneArcMore) {  // Intended: five arcs, where RFC 5280 has four
+    const Octets identifier = from_hex("06 04 55 1d 1e 01");
+    const Octets der = sequence({identifier, from_hex("04 09 30 07 a0 05 30 03 82 01 61")});
+    Extension decoded(der);
+    ASSERT_EQ(decoded.status(), RT_OK);
+    auto* constraints = static_cast<ASN1T_NameConstraintsSyntax*>(decoded.record().extnType.decoded);
+    ASSERT_NE(constraints, nullptr);
+    EXPECT_EQ(constraints->permittedSubtrees.count, 1u);
+    EXPECT_EQ(to_hex(encode<ASN1C_Extension>(decoded.record()).octets), to_hex(der));
+    EXPECT_EQ(Extension(sequence({identifier, from_hex("04 02 05 00")})).status(), RT_E_IDNOTFOUND);
+}
+
 TEST(Extension, OfNullHasARecordThoughNullHasNone) {
     const Octets der = sequence({from_hex("06 07 2a 85 03 02 02 2f 01"), from_hex("04 02 05 00")});
     Extension decoded(der);

@@ -35,6 +35,18 @@ TEST(PBEQuillmarkGostParameters, HasASaltOfSixteenOctets) {
     EXPECT_EQ(encode<ASN1C_PBEQuillmarkGostParameters>(decoded.record()).result, RT_E_CONSVIO);
 }
 
+TEST(PBEQuillmarkGostParameters, HasAnIvOfEightOctetsAndAnyCount) {
+    using Parameters = Decoded<ASN1T_PBEQuillmarkGostParameters, ASN1C_PBEQuillmarkGostParameters>;
+    const Octets salt = element(0x04, Octets(16));
+    EXPECT_EQ(Parameters(sequence({salt, from_hex("02 01 05"), element(0x04, Octets(7))})).status(),
+              RT_E_CONSVIO);
+    Parameters decoded(sequence({salt, from_hex("02 01 ff"), element(0x04, Octets(8))}));
+    ASSERT_EQ(decoded.status(), RT_OK);
+    EXPECT_EQ(decoded.record().iterationCount, -1);
+    decoded.record().iv.numocts = 7;
+    EXPECT_EQ(encode<ASN1C_PBEQuillmarkGostParameters>(decoded.record()).result, RT_E_CONSVIO);
+}
+
 // Lengths that are exact, or have an upper bound
 
 class NationalLength : public testing::TestWithParam<StatusCase> {};

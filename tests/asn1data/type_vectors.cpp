@@ -13,11 +13,12 @@ namespace {
 using Fields = std::map<std::string, std::string>;
 
 TypeVector row_of(Fields& fields) {
-    if (fields.size() != 3 || !fields.contains("Type") || !fields.contains("Name") ||
+    const std::size_t wanted = fields.contains("Ber") ? 4 : 3;
+    if (fields.size() != wanted || !fields.contains("Type") || !fields.contains("Name") ||
         !fields.contains("Der")) {
-        throw std::runtime_error("a row needs Type, Name and Der, each once");
+        throw std::runtime_error("a row needs Type, Name and Der, each once, and may have Ber");
     }
-    TypeVector row{fields["Type"], fields["Name"], from_hex(fields["Der"])};
+    TypeVector row{fields["Type"], fields["Name"], from_hex(fields["Der"]), from_hex(fields["Ber"])};
     fields.clear();
     return row;
 }

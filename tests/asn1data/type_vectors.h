@@ -1,6 +1,6 @@
 #pragma once
 
-// Rows of tests/data/asn1data/types.txt: values in DER and the type that each has.
+// Rows of the files types*.txt in tests/data/asn1data: values in DER and the type that each has.
 
 #include <cstdint>
 #include <ostream>
@@ -13,6 +13,7 @@ struct TypeVector {
     std::string type;
     std::string name;
     std::vector<std::uint8_t> der;
+    std::vector<std::uint8_t> ber;  // the same value otherwise, in the rows that have it
 };
 
 inline void PrintTo(const TypeVector& row, std::ostream* out) {

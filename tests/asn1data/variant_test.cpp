@@ -113,6 +113,27 @@ TEST(Identifier, HasSevenAlternatives) {
     }
 }
 
+TEST(Identifier, HasTheSameBoundInEveryAlternative) {
+    const struct {
+        std::uint8_t tag;
+        std::size_t octets;  // of one character
+    } kAlternatives[] = {{0x0C, 1}, {0x12, 1}, {0x13, 1}, {0x14, 1}, {0x16, 1}, {0x1C, 4}, {0x1E, 2}};
+    for (const auto& one : kAlternatives) {
+        const Octets longest(32768 * one.octets, 0x31);
+        const Octets too_long(32769 * one.octets, 0x31);
+        EXPECT_EQ((status_of<ASN1T_OGRN, ASN1C_OGRN>(element(one.tag, longest))), RT_OK) << int{one.tag};
+        EXPECT_EQ((status_of<ASN1T_OGRN, ASN1C_OGRN>(element(one.tag, too_long))), RT_E_CONSVIO)
+            << int{one.tag};
+    }
+}
+
+TEST(SubjectSignTool, IsWrittenUnderTheTagOfItsUser) {
+    ASN1BEREncodeBuffer buffer;
+    ASN1T_SubjectSignTool text = "Quill";
+    EXPECT_EQ(asn1E_SubjectSignTool(buffer.getCtxtPtr(), &text, ASN1IMPL), 5);
+    EXPECT_EQ(asn1E_SubjectSignTool(buffer.getCtxtPtr(), &text, ASN1EXPL), 7);
+}
+
 TEST(Identifier, RefusesASelectorOutOfRange) {
     ASN1T_INN record;
     for (const std::uint32_t t : {0u, 8u}) {
@@ -247,6 +268,68 @@ TEST(AttributesRaw, IsSortedAndItsSequenceIsNot) {
               RT_E_CONSVIO);
 }
 
+// Lists that have a SET OF's order and a SEQUENCE's tag. Intended: their users read and write them under a
+// context tag, where the difference does not show (RFC 2986 4.1).
+
+struct InnerList {
+    const char* name;
+    int (*decode)(const Octets& ber);
+    Encoded (*written_again)(const Octets& ber);
+    Octets first;
+    Octets second;
+};
+
+void PrintTo(const InnerList& row, std::ostream* out) {
+    *out << row.name;
+}
+
+template <typename Record, typename Control>
+Encoded written_again(const Octets& ber) {
+    Decoded<Record, Control> decoded(ber);
+    return encode<Control>(decoded.record());
+}
+
+#define QUILLMARK_INNER_LIST(type) \
+    QUILLMARK_DECODE(type), written_again<ASN1T_##type, ASN1C_##type>  // both ways of one type
+
+class SortedSequence : public testing::TestWithParam<InnerList> {};
+
+TEST_P(SortedSequence, IsSortedUnderTheTagOfSequence) {
+    const InnerList& row = GetParam();
+    const Octets sorted = element(0x30, {row.first, row.second});
+    EXPECT_EQ(to_hex(row.written_again(element(0x30, {row.second, row.first})).octets), to_hex(sorted));
+    EXPECT_EQ(to_hex(row.written_again(sorted).octets), to_hex(sorted));
+}
+
+TEST_P(SortedSequence, IsNotReadUnderTheTagOfSet) {
+    const InnerList& row = GetParam();
+    EXPECT_EQ(row.decode(element(0x31, {row.first, row.second})), RT_E_IDNOTFOUND);
+}
+
+const Octets kFirstAttribute = sequence({from_hex("06 02 2a 03 31 02 05 00")});
+const Octets kSecondAttribute = sequence({from_hex("06 02 2a 04 31 02 05 00")});
+
+const InnerList kInnerLists[] = {
+    {"AttributeTypes", QUILLMARK_INNER_LIST(_SetOfAttributeType), from_hex("06 02 2a 03"),
+     from_hex("06 02 2a 04")},
+    {"Attributes", QUILLMARK_INNER_LIST(_SetOfAttribute), kFirstAttribute, kSecondAttribute},
+    {"AttributesOfAModule", QUILLMARK_INNER_LIST(_SetOfPCI_Attribute), kFirstAttribute, kSecondAttribute},
+};
+INSTANTIATE_TEST_SUITE_P(Inner, SortedSequence, testing::ValuesIn(kInnerLists), case_name);
+
+TEST(CertificateChoicesRaw, HasThreeAlternatives) {
+    using Choices = Decoded<ASN1T_CertificateChoicesRaw, ASN1C_CertificateChoicesRaw>;
+    const Octets signed_octets = sequence({from_hex("30 00"), kSha256, from_hex("03 02 00 55")});
+    Choices certificate(signed_octets);
+    ASSERT_EQ(certificate.status(), RT_OK);
+    EXPECT_EQ(certificate.record().t, 1u);
+    // The two others are parsed, so that what is in them must be right; others are not known.
+    EXPECT_EQ(Choices(from_hex("a0 00")).status(), RT_E_SETMISSING);
+    EXPECT_EQ(Choices(from_hex("a1 00")).status(), RT_E_SETMISSING);
+    EXPECT_EQ(Choices(from_hex("a2 00")).status(), RT_E_INVOPT);
+    EXPECT_EQ(Choices(from_hex("a3 00")).status(), RT_E_INVOPT);
+}
+
 TEST(CertificateChoices, ParsesTheCertificateThatTheRawFormKeeps) {
     const Octets not_a_certificate = sequence({from_hex("30 00"), kSha256, from_hex("03 02 00 55")});
     EXPECT_EQ((status_of<ASN1T_CertificateChoicesRaw, ASN1C_CertificateChoicesRaw>(not_a_certificate)),
@@ -276,6 +359,19 @@ TEST(RSASSA_PSS_params, LeavesNumbersThatAreAbsentAsTheyWere) {
     EXPECT_EQ(to_hex(encode<ASN1C_RSASSA_PSS_params>(record).octets), "30 05 a2 03 02 01 20");
     record.saltLength = 20;
     EXPECT_EQ(to_hex(encode<ASN1C_RSASSA_PSS_params>(record).octets), "30 00");
+}
+
+TEST(RSASSA_PSS_params, OfANewRecordHasNoTrailerFieldOfItsOwn) {
+    // Intended: whoever reads parameters sets the defaults first, as a new record has zeros.
+    const Octets der = from_hex("30 05 a2 03 02 01 20");
+    Decoded<ASN1T_RSASSA_PSS_params, ASN1C_RSASSA_PSS_params> decoded(der);
+    ASSERT_EQ(decoded.status(), RT_OK);
+    EXPECT_EQ(decoded.record().saltLength, 32);
+    EXPECT_EQ(decoded.record().trailerField, 0);
+    EXPECT_EQ(to_hex(encode<ASN1C_RSASSA_PSS_params>(decoded.record()).octets),
+              "30 0a a2 03 02 01 20 a3 03 02 01 00");
+    decoded.record().trailerField = 1;
+    EXPECT_EQ(to_hex(encode<ASN1C_RSASSA_PSS_params>(decoded.record()).octets), to_hex(der));
 }
 
 const Octets kSalt = from_hex("04 01 aa");

@@ -9,7 +9,7 @@ HERE = Path(__file__).resolve().parent
 ROOT = HERE.parent.parent
 sys.path.insert(0, str(ROOT / "tools"))
 
-from typegen import catalogue, checks, model, names, output, parser  # noqa: E402
+from typegen import catalogue, checks, emit_description, model, names, output, parser  # noqa: E402
 from typegen.plan import Planner  # noqa: E402
 
 # The SET OF types: their encoders sort (X.690 11.6). The three marked ones are written with the tag of SEQUENCE.
@@ -135,6 +135,12 @@ class RealModules(unittest.TestCase):
         for text in self.text.values():
             found.update(re.findall(r'check_(?:range|minimum)\([^"]*"([^"]*)"', text))
         self.assertEqual(found, PATHS)
+
+    def test_every_type_is_described_for_tests(self):
+        text = emit_description.description(self.catalogue)
+        described = re.findall(r'^    \.name = "([^"]+)",\n    \.module = "([^"]+)"', text, re.M)
+        written = [(one.name, module.name) for module in self.catalogue.modules for one in module.types]
+        self.assertEqual(described, written)
 
     def test_no_type_contains_itself_but_through_a_level_that_is_counted(self):
         nesting = self.named(lambda plan: plan.nests)

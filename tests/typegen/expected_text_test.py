@@ -10,7 +10,7 @@ from pathlib import Path
 HERE = Path(__file__).resolve().parent
 sys.path.insert(0, str(HERE.parent.parent / "tools"))
 
-from typegen import catalogue, checks, output, parser  # noqa: E402
+from typegen import catalogue, checks, emit_description, output, parser  # noqa: E402
 from typegen.model import Catalogue  # noqa: E402
 
 EXPECTED = HERE / "expected"
@@ -21,7 +21,7 @@ def generate() -> dict[str, str]:
     module = parser.parse_file(HERE / "modules" / "Shape.asn1", "Shape.asn1")
     found = Catalogue(catalogue.in_order([module], expected), expected)
     checks.check(found)
-    return output.generate(found)
+    return output.generate(found) | {"described_types.cpp": emit_description.description(found)}
 
 
 class ExpectedText(unittest.TestCase):

@@ -1,8 +1,10 @@
 #!/usr/bin/python3
-"""Writes types_by_pyasn1.txt: values in DER of every type of the catalogue, by an encoder that is not ours.
+"""Writes types_by_pyasn1.txt: values in DER of every type of the catalogue, by an encoder that is not ours; and
+types_not_sorted.txt: each SET OF in BER, which leaves the members in any order, beside its DER.
 
 The encoder is that of Debian's python3-pyasn1 0.4.8. A type that python3-pyasn1-modules 0.2.8 has is filled in the
-schema of that package, another one in a schema made of our ASN.1, so that there the encoder alone is independent.
+schema of that package, another one in a schema made of our ASN.1, so that there the encoder alone is independent. Where
+both make different octets of a type there are rows of both.
 
 A schema is filled twice, with every optional element and with none, and once for each alternative of a CHOICE.
 Identifiers are 1.2.3.4, which no set knows, so that carried values stay as they are; then every object of every set
@@ -13,6 +15,7 @@ import importlib
 import sys
 from pathlib import Path
 
+from pyasn1.codec.ber.encoder import encode as encode_ber
 from pyasn1.codec.der.encoder import encode
 from pyasn1.error import PyAsn1Error
 from pyasn1.type import char, constraint, namedtype, namedval, tag, univ, useful
@@ -27,45 +30,92 @@ OID = "1.2.3.4"
 SERIAL = 0x1234567890ABCDEF01
 UNLIMITED = 1 << 64
 
-# Where the package has the types of a module, and what it calls those of another name there.
+# Where the package has the types of a module, and what it calls those of another name there. A name with a dot is an
+# element of a type, `element` the member of a list.
 PACKAGE = {
-    "AuthenticationFramework": ("rfc5280", "rfc5652"),
+    "AuthenticationFramework": ("rfc5280", "rfc5652", "rfc5755"),
     "CertificateExtensions": ("rfc5280",),
-    "CryptographicMessageSyntax": ("rfc5652",),
-    "PKCSParameters": ("rfc8018", "rfc4055"),
-    "PKIXCertificates": ("rfc5280", "rfc2634", "rfc5035", "rfc8017"),
+    "CryptographicMessageSyntax": ("rfc5652", "rfc3565", "rfc2315"),
+    "PKCSParameters": ("rfc8018", "rfc4055", "rfc2631"),
+    "InHousePKIAudit": ("rfc4210",),
+    "ElectronicSignatureAttributes": ("rfc5280", "rfc3161", "rfc5652"),
+    "AttributeValues": ("rfc5280", "rfc5652"),
+    "PKIXCertificates": ("rfc5280", "rfc2634", "rfc5035", "rfc8017", "rfc5652", "rfc2985", "rfc2986"),
     "AlgorithmIdentifiers": ("rfc5280", "rfc3279"),
-    "CertificateManagementProtocol": ("rfc4210",),
+    "CertificateManagementProtocol": ("rfc4210", "rfc2986"),
     "CertificateRequestMessageFormat": ("rfc4211",),
-    "OnlineCertificateStatus": ("rfc6960",),
+    "OnlineCertificateStatus": ("rfc6960", "rfc5280"),
     "TimeStampProtocol": ("rfc3161",),
-    "SMIMECapabilities": ("rfc5751",),
+    "SMIMECapabilities": ("rfc5751", "rfc8018"),
 }
 RENAMED = {
+    "AttributeCertificate": "AttributeCertificateV1", "AttributeCertificateInfo": "AttributeCertificateInfoV1",
+    "AttributeCertificateInfo_subject": "AttributeCertificateInfoV1.subject",
+    "_SeqOfAttribute": "AttributeCertificateInfoV1.attributes",
     "_extKeyUsage_ExtnType": "ExtKeyUsageSyntax", "CertificatePoliciesSyntax": "CertificatePolicies",
-    "PolicyMappingsSyntax": "PolicyMappings", "AttributesSyntax": "SubjectDirectoryAttributes",
+    "PolicyMappingsSyntax": "PolicyMappings", "PolicyMappingsSyntax_element": "PolicyMappings.element",
+    "AttributesSyntax": "SubjectDirectoryAttributes", "NameConstraintsSyntax": "NameConstraints",
     "BasicConstraintsSyntax": "BasicConstraints", "PolicyConstraintsSyntax": "PolicyConstraints",
     "CRLDistPointsSyntax": "CRLDistributionPoints", "IssuingDistPointSyntax": "IssuingDistributionPoint",
     "GeneralName_otherName": "AnotherName", "QTDisplayText": "DisplayText", "QTNoticeReference": "NoticeReference",
-    "QTUserNotice": "UserNotice", "HoldInstruction": "HoldInstructionCode", "CertHash": "Hash",
-    "AttributeCertificateInfo": "AttributeCertificateInfoV1", "AttributeCertificate": "AttributeCertificateV1",
+    "QTNoticeReference_noticeNumbers": "NoticeReference.noticeNumbers", "QTUserNotice": "UserNotice",
+    "EDIPartyName_nameAssigner": "DirectoryString", "EDIPartyName_partyName": "DirectoryString",
+    "HoldInstruction": "HoldInstructionCode", "CertHash": "Hash",
+    "AttributeRaw": "Attribute", "AttributeRaw_valuesRaw": "Attribute.attrValues",
+    "AttributesRaw": "SignedAttributes", "CertificateChoicesRaw": "CertificateChoices",
+    "CertificateSetRaw": "CertificateSet",
     "CertificateListLegacy": "CertificateList", "SignerInfoLegacy": "SignerInfo", "SignerInfosLegacy": "SignerInfos",
-    "SignedDataLegacy": "SignedData", "OCSPVersion": "Version", "UnknownInfo_": "UnknownInfo",
-    "OCSPSignature": "Signature", "EncryptedPKey": "EncryptedKey", "PKIConfirmContent_": "PKIConfirmContent",
-    "RsaPubKey": "RSAPublicKey",
+    "SignedDataLegacy": "SignedData", "ContentInfoLegacy": "ContentInfo",
+    "RC2CBCParameter": "RC2_CBC_Parameter", "RC2_CBC_parameter": "RC2_CBC_Parameter", "SharedInfo": "OtherInfo",
+    "PBKDF2_params_salt": "PBKDF2_params.salt",
+    "CertifiedAttributes": "AttributeCertificateV1", "ContentTimestamp": "TimeStampToken",
+    "SignatureTimeStampToken": "TimeStampToken", "ESCTimeStampToken": "TimeStampToken",
+    "TimestampedCertsCRLs": "TimeStampToken", "ArchiveTimeStampToken": "TimeStampToken",
+    "NoticeReference_noticeNumbers": "NoticeReference.noticeNumbers",
+    "SignerLocation_countryName": "DirectoryString", "SignerLocation_localityName": "DirectoryString",
+    "ContentTypeIdentifier": "ContentType", "CaseIgnoreIA5StringSyntax": "DomainComponent",
+    "CaseIgnoreIA5StringSyntaxNonStrict": "DomainComponent", "PHGString": "EmailAddress",
+    "PHGStringNonStrict": "EmailAddress", "_messageDigest_Type": "MessageDigest",
+    "_name_Type": "X520name", "_commonName_Type": "X520CommonName", "_surname_Type": "X520name",
+    "_givenName_Type": "X520name", "_initials_Type": "X520name", "_generationQualifier_Type": "X520name",
+    "_localityName_Type": "X520LocalityName", "_streetAddress_Type": "DirectoryString",
+    "_stateOrProvinceName_Type": "X520StateOrProvinceName", "_organizationName_Type": "X520OrganizationName",
+    "_organizationalUnitName_Type": "X520OrganizationalUnitName", "_title_Type": "X520Title",
+    "_x520Pseudonym_Type": "X520Pseudonym", "_characterString_Type": "X520dnQualifier",
+    "_unstructuredName_Type": "PKCS9String.directoryString", "_postalCode_Type": "DirectoryString",
+    "PostalAddress_element": "DirectoryString",
+    "Attribute_values": "Attribute.values", "SignedOpenType": "Certificate", "PCI_Attribute": "Attribute",
+    "RsaPubKey": "RSAPublicKey", "RsaModulus": "RSAPublicKey.modulus", "CRTComponent": "RSAPrivateKey.prime1",
+    "TBSCertList_revokedCertificates_element": "TBSCertList.revokedCertificates.element",
+    "_SeqOfTBSCertList_revokedCertificates_element": "TBSCertList.revokedCertificates",
+    "UnformattedPostalAddress_printable_address": "UnformattedPostalAddress.printable-address",
+    "ExtendedNetworkAddress_e163_4_address": "ExtendedNetworkAddress.e163-4-address",
+    "PresentationAddress_nAddresses": "PresentationAddress.nAddresses",
+    "PCI_HSM_CertificationRequest": "CertificationRequest",
+    "PCI_HSM_CertificationRequestInfo": "CertificationRequestInfo",
+    "CertificationRequest_certificationRequestInfo": "CertificationRequestInfo",
+    "CertificationRequest_certificationRequestInfo_subjectPublicKeyInfo": "SubjectPublicKeyInfo",
+    "PKIConfirmContent_": "PKIConfirmContent", "EncryptedPKey": "EncryptedKey",
+    "OCSPVersion": "Version", "UnknownInfo_": "UnknownInfo", "OCSPSignature": "Signature",
+    "Certificates": "BasicOCSPResponse.certs", "CrlLocator": "CRLDistributionPoints",
+    "TSTInfoRaw": "TSTInfo", "TSTInfoRaw_version": "TSTInfo.version", "TimeStampRespRaw": "TimeStampResp",
 }
+# The members of unnamed lists, where they are not in a module of the same package.
+LISTED_IN = {"CertificateList": "rfc5280", "BasicOCSPResponse": "rfc6960"}
+# Elements and alternatives of the package's types that ours do not have.
+LEFT_OUT = {("IssuerSerial", "issuerUID"), ("CertificateChoices", "v2AttrCert"), ("CertificateChoices", "other")}
+# Values of the package's types that are none of ours: an element that may be absent there alone, an alternative.
+NOT_OURS = {("RC2CBCParameter", "Least"), ("RC2_CBC_parameter", "Least"), ("DisplayText", "Ia5String")}
 # Types of the package that are not those of the catalogue.
 DIFFERENT = {
-    "AttributeCertificate", "AttributeCertificateInfo",  # an issuerUID in IssuerSerial
-    "CertificateChoices", "CertificateSet", "OriginatorInfo",  # alternatives that are left out
     "NestedMessageContent", "PKIBody",  # of ANY
     # a GeneralName of the package's rfc2511, which is an OCTET STRING
     "CertRepMessage", "CertResponse", "CertifiedKeyPair", "KeyRecRepContent", "OOBCertHash", "RevAnnContent",
-    "RevRepContent",
+    "RevRepContent", "KeyRecRepContent_keyPairHist", "RevRepContent_revCerts", "_SeqOfCertResponse",
 }
 
 # The alternatives that stand for their CHOICE inside another type; elsewhere it is the first.
-USUAL = ("dNSName", "utcTime", "pkiconf", "subsequentMessage")
+USUAL = ("dNSName", "utcTime", "pkiconf", "subsequentMessage", "utf8String")
 
 
 # Schemas of the modules
@@ -209,10 +259,42 @@ def published(module, name):
     if name in DIFFERENT:
         return None
     for source in PACKAGE.get(module, ()):
-        found = getattr(importlib.import_module("pyasn1_modules." + source), RENAMED.get(name, name), None)
-        if isinstance(found, type) and issubclass(found, (univ.base.Asn1Type)):
-            return found(), source
+        found = in_package(source, name)
+        if found is not None:
+            return found, source
     return None
+
+
+def in_package(source, name):
+    if name.startswith("_SeqOf") and name not in RENAMED:
+        member = name.removeprefix("_SeqOf")
+        schema = in_package(LISTED_IN.get(member, source), member)
+        return None if schema is None else univ.SequenceOf(componentType=schema)
+    package = importlib.import_module("pyasn1_modules." + source)
+    whole, *path = RENAMED.get(name, name).split(".")
+    if not path and not hasattr(package, whole):
+        whole, _, element_name = whole.partition("_")
+        path = [element_name]
+    found = getattr(package, whole, None)
+    if not (isinstance(found, type) and issubclass(found, univ.base.Asn1Type)):
+        return None
+    found = found()
+    for step in path:
+        found = part_of(found, step)
+        if found is None:
+            return None
+    return found
+
+
+def part_of(schema, step):
+    """An element of a schema, without the tag that it has there."""
+    if step == "element":
+        return schema.componentType
+    named = getattr(schema, "componentType", None)
+    if not isinstance(named, namedtype.NamedTypes) or step not in named:
+        return None
+    found = named[named.getPositionByName(step)].asn1Object
+    return found.clone(tagSet=type(found).tagSet)
 
 
 # Filling a schema
@@ -253,6 +335,8 @@ def list_of(schema, every):
 def structure(schema, every):
     value = schema.clone()
     for position, element in enumerate(schema.componentType.namedTypes):
+        if (type(schema).__name__, element.name) in LEFT_OUT:
+            continue
         if every or not (element.isOptional or element.isDefaulted):
             given = element.asn1Object
             chosen = fill(given, every, element.name)
@@ -313,7 +397,8 @@ def fillings(schema):
     """Pairs of a name and a value."""
     if isinstance(schema, univ.Choice):
         for name in schema.componentType:
-            yield capital(name), alternative(schema, name, True)
+            if (type(schema).__name__, name) not in LEFT_OUT:
+                yield capital(name), alternative(schema, name, True)
         return
     full, least = fill(schema, True), fill(schema, False)
     yield ("Whole" if full.isSameTypeWith(least) and encode(full) != encode(least) else "Value"), full
@@ -333,14 +418,20 @@ class Rows:
         self.text = []
         self._seen = set()
 
-    def add(self, remark, kind, name, der):
+    def add(self, remark, kind, name, der, ber=None):
         if (kind, name) in self._seen:
             raise ValueError(f"{kind} {name} stands twice")
         self._seen.add((kind, name))
-        digits = der.hex(" ")
-        lines = [digits[i:i + 99] for i in range(0, len(digits), 99)]
-        lines = [line.strip() for line in lines]
-        self.text.append(f"# {remark}\nType = {kind}\nName = {name}\nDer = " + "\n    ".join(lines) + "\n")
+        text = f"# {remark}\nType = {kind}\nName = {name}\nDer = {in_lines(der)}\n"
+        self.text.append(text if ber is None else f"{text}Ber = {in_lines(ber)}\n")
+
+    def write(self, name):
+        (HERE / name).write_text("\n".join(self.text), encoding="ascii")
+
+
+def in_lines(octets):
+    digits = octets.hex(" ")
+    return "\n    ".join(digits[i:i + 99].strip() for i in range(0, len(digits), 99))
 
 
 def element(number, *contents):
@@ -361,10 +452,13 @@ def rows_of_types(modules, rows):
             for name, value in ours:
                 rows.add(f"schema of {module.file}", kind, name, encode(value))
             continue
-        for name, value in values_of(assignment, found[0]):
-            if encode(value) not in [encode(one) for _, one in ours]:
-                print(f"{kind} {name}: our schema would have made other octets")
+        theirs = [(name, value) for name, value in values_of(assignment, found[0]) if (kind, name) not in NOT_OURS]
+        for name, value in theirs:
             rows.add(f"schema of pyasn1_modules {found[1]}", kind, name, encode(value))
+        for name, value in ours:
+            if encode(value) not in [encode(one) for _, one in theirs]:
+                suffix = "OfOurs" if name in [one for one, _ in theirs] else ""
+                rows.add(f"schema of {module.file}", kind, name + suffix, encode(value))
 
 
 def values_of(assignment, schema):
@@ -414,13 +508,55 @@ def add_nested_message(modules, rows):
     rows.add("messages in a message", "PKIBody", "Nested", element(0xB4, messages))
 
 
+def rows_not_sorted(modules, rows):
+    for module, assignment in modules.types():
+        if isinstance(assignment.type, model.ListOf) and assignment.type.universal == "SET":
+            kind = names.identifier(assignment.name)
+            found = published(module.name, kind)
+            schema = found[0] if found else modules.schema(assignment.name)
+            members = members_of(schema)
+            # a list that is written as a SEQUENCE is sorted in its DER as well
+            base = univ.SetOf if isinstance(schema, univ.SetOf) else univ.SequenceOf
+            rows.add(f"schema of {'pyasn1_modules ' + found[1] if found else module.file}", kind, "NotSorted",
+                     encode(list_of_encoded(base, members)), encode_ber(list_of_encoded(base, reversed(members))))
+
+
+def list_of_encoded(base, members):
+    made = base(componentType=univ.Any())
+    made.extend(members)
+    return made
+
+
+def members_of(schema):
+    """The encodings of two different ones, in order."""
+    made = {encode(fill(schema.componentType, every)) for every in (False, True)}
+    if len(made) == 1:
+        made.add(encode(another(schema.componentType)))
+    return sorted(made)
+
+
+def another(schema):
+    if isinstance(schema, univ.Sequence):
+        value = structure(schema, False)
+        place(value, 0, another(schema.componentType.getTypeByPosition(0)))
+        return value
+    if isinstance(schema, univ.ObjectIdentifier):
+        return schema.clone(OID + ".5")
+    if isinstance(schema, univ.Integer):
+        return schema.clone(3)
+    return schema.clone(encode(univ.Integer(5)) if isinstance(schema, univ.Any) else b"\xa1")
+
+
 def main():
     modules = Modules()
     rows = Rows()
     rows_of_types(modules, rows)
     add_nested_message(modules, rows)
     rows_of_sets(modules, rows)
-    (HERE / "types_by_pyasn1.txt").write_text("\n".join(rows.text), encoding="ascii")
+    rows.write("types_by_pyasn1.txt")
+    rows = Rows()
+    rows_not_sorted(modules, rows)
+    rows.write("types_not_sorted.txt")
 
 
 if __name__ == "__main__":
