@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
-#include <regex>
+#include <sstream>
 
 #include <CLI/CLI.hpp>
 
@@ -28,28 +28,34 @@ std::string check_hash(const std::string& name) {
                      "; sha1, sha256, sha384, sha512, sha3-256, sha3-384 and sha3-512 are known";
 }
 
-// X.660: the library has numbers of 32 bits.
-bool is_number_of_identifier(const std::string& digits) {
-    return digits.size() < 10 || (digits.size() == 10 && digits < "4294967295");
+bool is_digits(const std::string& text) {
+    return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+}
+
+// X.660: without leading zeros; the library has numbers of 32 bits.
+bool is_arc(const std::string& text) {
+    return is_digits(text) && (text == "0" || text[0] != '0') &&
+           (text.size() < 10 || (text.size() == 10 && text < "4294967295"));
 }
 
 std::string check_policy(const std::string& policy) {
-    static const std::regex kIdentifier(R"([0-2](\.(0|[1-9][0-9]*))+)");
-    static const std::regex kNumber("[0-9]+");
-    bool good = std::regex_match(policy, kIdentifier);
-    for (std::sregex_iterator number(policy.begin(), policy.end(), kNumber), end; good && number != end;
-         ++number) {
-        good = is_number_of_identifier(number->str());
+    std::istringstream arcs(policy + ".");
+    int count = 0;
+    bool good = true;
+    for (std::string arc; std::getline(arcs, arc, '.'); ++count) {
+        good = good && is_arc(arc) && (count > 0 || arc == "0" || arc == "1" || arc == "2");
     }
-    return good ? "" : policy + " is no object identifier in dotted text";
+    return good && count > 1 ? "" : policy + " is no object identifier in dotted text";
 }
 
 std::string check_accuracy(const std::string& text) {
-    static const std::regex kSeconds(R"([0-9]{1,9}(\.[0-9]{1,6})?)");
+    const std::size_t point = std::min(text.find('.'), text.size());
+    const std::string seconds = text.substr(0, point);
+    const std::string fraction = point < text.size() ? text.substr(point + 1) : "0";
+    const bool good =
+        is_digits(seconds) && seconds.size() <= 9 && is_digits(fraction) && fraction.size() <= 6;
     const bool zero = text.find_first_not_of("0.") == std::string::npos;
-    return std::regex_match(text, kSeconds) && !zero
-               ? ""
-               : text + " is no number of seconds above 0, with six places";
+    return good && !zero ? "" : text + " is no number of seconds above 0, with six places";
 }
 
 Quillmark::PKI::TSP::CAccuracy accuracy_of(const std::string& text) {

@@ -159,7 +159,7 @@ def catalogue_page(everything, types):
     for number, module in enumerate(everything.modules, 1):
         about = " ".join(module.remark).split(". ")[0].rstrip(".")
         listed = [one for one in types[module.name] if one.name in names_of(everything, module)]
-        lines.append((str(number), f"[{module.name}](#{module.name.lower()})", about, str(len(listed))))
+        lines.append((str(number), module.name, about, str(len(listed))))
         body = table(("Type", "Standard", "Remarks"), [(f"`{one.name}`", one.source, one.remark) for one in listed])
         sections.append(f"## {module.name}\n\n{body}\n")
     summary = table(("", "Module", "What", "Types"), lines)
