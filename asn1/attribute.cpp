@@ -38,16 +38,28 @@ template void asn1Decode<ASN1T_Attribute_traits, CAttribute>(const CBlob&, CAttr
 template CBlob asn1Encode<ASN1T_Attributes_traits, CAttributes>(const CAttributes&);
 template void asn1Decode<ASN1T_Attributes_traits, CAttributes>(const CBlob&, CAttributes&);
 
+namespace {
+
+using SharedText = std::shared_ptr<const std::string>;
+
+SharedText shared_text(const char* text) {
+    return text == nullptr || *text == '\0' ? nullptr : std::make_shared<const std::string>(text);
+}
+
+}  // namespace
+
 struct CAttribute::Impl {
     CAttrValueList values;
-    std::string oid;
+    SharedText oid;
 };
 
-CAttrValue::CAttrValue() : oid_("") {}
+CAttrValue::CAttrValue() = default;
 
-CAttrValue::CAttrValue(const char* oid) : oid_(oid) {}
+CAttrValue::CAttrValue(const char* oid) : oid_(shared_text(oid)) {}
 
-CAttrValue::CAttrValue(const char* oid, const CBlob& value) : oid_(oid), value_(value) {}
+CAttrValue::CAttrValue(const char* oid, const CBlob& value) : oid_(shared_text(oid)), value_(value) {}
+
+CAttrValue::CAttrValue(SharedText oid, const CBlob& value) : oid_(std::move(oid)), value_(value) {}
 
 bool operator==(const CAttrValue& left, const CAttrValue& right) {
     return std::strcmp(left.get_oid(), right.get_oid()) == 0 && left.get_value() == right.get_value();
@@ -60,7 +72,7 @@ bool operator!=(const CAttrValue& left, const CAttrValue& right) {
 CAttribute::CAttribute() : impl_(std::make_unique<Impl>()) {}
 
 CAttribute::CAttribute(const char* oid) : CAttribute() {
-    impl_->oid = detail::or_empty(oid);
+    impl_->oid = shared_text(oid);
 }
 
 CAttribute::CAttribute(const CAttribute& other) : impl_(std::make_unique<Impl>(*other.impl_)) {}
@@ -75,7 +87,7 @@ CAttribute& CAttribute::operator=(const CAttribute& other) {
 CAttribute::~CAttribute() = default;
 
 const char* CAttribute::get_oid() const {
-    return impl_->oid.c_str();
+    return impl_->oid == nullptr ? "" : impl_->oid->c_str();
 }
 
 CAttribute::iterator CAttribute::begin() {
@@ -99,7 +111,7 @@ unsigned long CAttribute::size() const {
 }
 
 void CAttribute::add(const CBlob& value) {
-    impl_->values.emplace_back(get_oid(), value);
+    impl_->values.push_back(CAttrValue(impl_->oid, value));
 }
 
 void CAttribute::add(const CAttrValue& value) {
@@ -167,7 +179,8 @@ void ASN1T_Attribute_traits::get(const ASN1_T& record, CAttribute& value) {
     CAttribute fresh(detail::OidText(record.type).c_str());
     for (const _Asn1RTDListNode* node = record.values.head; node != nullptr; node = node->next) {
         const auto& element = *static_cast<const Asn1TObject*>(node->data);
-        fresh.impl_->values.emplace_back(fresh.get_oid()).value().assign(element.data, element.numocts);
+        fresh.impl_->values.push_back(CAttrValue(fresh.impl_->oid, CBlob()));
+        fresh.impl_->values.back().value().assign(element.data, element.numocts);
     }
     value.impl_ = std::move(fresh.impl_);
 }

@@ -9,6 +9,8 @@
 //     attributes.push_back(content_type);
 
 #include <list>
+#include <memory>
+#include <string>
 
 #include "asn1/codec.h"
 
@@ -27,13 +29,19 @@ class CAttrValue {
     explicit CAttrValue(const char* oid);
     CAttrValue(const char* oid, const CBlob& value);
 
-    const char* get_oid() const { return oid_.c_str(); }
+    const char* get_oid() const { return oid_ == nullptr ? "" : oid_->c_str(); }
     /// The DER of the AttributeValue.
     const CBlob& get_value() const { return value_; }
     CBlob& value() { return value_; }
 
   private:
-    CStringProxy oid_;
+    friend class CAttribute;
+    friend struct ASN1T_Attribute_traits;
+    CAttrValue(std::shared_ptr<const std::string> oid, const CBlob& value);
+
+    // One text for all values of an attribute: a message can have a long identifier over a great many short
+    // values. It never changes. Null is the empty text.
+    std::shared_ptr<const std::string> oid_;
     CBlob value_;
 };
 

@@ -1,7 +1,6 @@
 #include "asn1/pki_status.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstring>
 #include <cwchar>
 
@@ -110,8 +109,11 @@ CStringProxy CLanguageTag::tostring() const {
 
 std::string CLanguageTag::normalize(const char* tag) {
     std::string lower(detail::or_empty(tag));
-    std::transform(lower.begin(), lower.end(), lower.begin(),
-                   [](unsigned char octet) { return static_cast<char>(std::tolower(octet)); });
+    // Language tags are ASCII (RFC 3066 2.1). Not tolower, for which 'I' has no lower case in Turkish
+    // locales.
+    std::transform(lower.begin(), lower.end(), lower.begin(), [](char octet) {
+        return octet >= 'A' && octet <= 'Z' ? static_cast<char>(octet - 'A' + 'a') : octet;
+    });
     return lower;
 }
 
@@ -175,8 +177,7 @@ void CPKIFreeText::insert(const CPKIFreeTextString& text) {
 }
 
 void CPKIFreeText::remove(const CLanguageTag& language) {
-    // The tag may lie in an element that goes.
-    const CLanguageTag wanted(language);
+    const CLanguageTag wanted(language);  // NOLINT: the tag may lie in an element that goes
     for (iterator position = find(wanted); position != end(); position = find(wanted)) {
         erase(position);
     }
@@ -259,7 +260,7 @@ void ASN1T_PKIStatusInfo_traits::get(const ASN1_T& record, CPKIStatusInfo& value
     if (record.m.statusStringPresent) {
         CPKIFreeText_Parse(nullptr, status_string, record.statusString);
     }
-    value.put_statusString(status_string);
+    value.statusString_.swap(status_string);
 }
 
 void ASN1T_PKIStatusInfo_traits::copy(ASN1CTXT* ctxt, const ASN1_T& source, ASN1_T& target) {

@@ -149,6 +149,8 @@ class CPKIStatusInfo {
     void decode(const CBlob& der);
 
   private:
+    friend struct ASN1T_PKIStatusInfo_traits;
+
     PKIStatusEnum pkiStatus_;
     CPKIFailureInfo failureInfo_;
     CPKIFreeText statusString_;

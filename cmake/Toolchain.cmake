@@ -22,10 +22,19 @@ if(QUILLMARK_SANITIZERS)
         -fsanitize=${QUILLMARK_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(quillmark_build_flags INTERFACE -fsanitize=${QUILLMARK_SANITIZERS})
 endif()
+if(QUILLMARK_FUZZ)
+    # Tells the fuzzer which branches an input takes, in the library as in the targets.
+    target_compile_options(quillmark_build_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()
 if(QUILLMARK_COVERAGE)
     target_compile_options(quillmark_build_flags INTERFACE --coverage)
     target_link_options(quillmark_build_flags INTERFACE --coverage)
 endif()
+
+# What the library's own sources are compiled with besides.
+add_library(quillmark_library_flags INTERFACE)
+target_compile_options(quillmark_library_flags INTERFACE -Wconversion -Wshadow)
+target_link_libraries(quillmark_library_flags INTERFACE quillmark_build_flags)
 
 # One object library per floor; they are joined into what is shipped by cmake/Libraries.cmake.
 function(quillmark_add_floor name)
@@ -33,5 +42,5 @@ function(quillmark_add_floor name)
     target_compile_features(${name} PUBLIC cxx_std_17 PRIVATE cxx_std_20)
     # Functions are bound inside the library when it is linked, so the compiler may take them for what they are.
     target_compile_options(${name} PRIVATE -fno-semantic-interposition)
-    target_link_libraries(${name} PRIVATE quillmark_build_flags)
+    target_link_libraries(${name} PRIVATE quillmark_library_flags)
 endfunction()

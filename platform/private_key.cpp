@@ -66,9 +66,9 @@ void PrivateKey::leave_to_the_process() {
     auto* const remains = new (std::nothrow)
         Remains{std::move(prepared_), std::move(key_), all.load(std::memory_order_relaxed)};
     if (remains == nullptr) {
-        key_.release();
+        static_cast<void>(key_.release());
         for (Prepared& each : prepared_) {
-            each.context.release();
+            static_cast<void>(each.context.release());
         }
         return;
     }
@@ -134,6 +134,9 @@ Bytes PrivateKey::sign(const SignatureScheme& scheme, Octets octets) const {
     EVP_MD_CTX_set_flags(context.get(), EVP_MD_CTX_FLAG_FINALISE);
     if (EVP_DigestSign(context.get(), signature.data(), &size, octets.data(), octets.size()) != 1) {
         throw Failure{take_refused_question() ? NTE_SILENT_CONTEXT : NTE_FAIL};
+    }
+    if (size > signature.size()) {
+        throw Failure{NTE_FAIL};  // libcrypto takes the -1 of a signature that it could not encode for a size
     }
     signature.resize(size);
     return signature;

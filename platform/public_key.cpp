@@ -70,7 +70,7 @@ Bytes encode_info(Octets oid, Octets parameters, Octets key) {
 // Building a decoder costs several times what it does, so each kind of key has one that is used again.
 class KeyDecoder {
   public:
-    explicit constexpr KeyDecoder(const char* key_type) : key_type_(key_type) {}
+    explicit constexpr KeyDecoder(const char* key_type) noexcept : key_type_(key_type) {}
 
     KeyPointer decode(Octets info) {
         const std::lock_guard lock(mutex_);

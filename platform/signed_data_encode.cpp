@@ -234,6 +234,7 @@ void write_version(DerWriter& writer, std::uint8_t version) {
 
 std::vector<Octets> distinct_digest_algorithms(const std::vector<PreparedSigner>& signers) {
     std::vector<Octets> algorithms;
+    algorithms.reserve(signers.size());
     for (const PreparedSigner& signer : signers) {
         algorithms.push_back(signer.digest_algorithm);
     }

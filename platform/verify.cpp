@@ -32,35 +32,44 @@ bool is_same_serial(Octets big_endian, Octets little_endian) {
     return std::equal(big_endian.begin(), big_endian.end(), little_endian.rbegin(), little_endian.rend());
 }
 
-// SubjectKeyIdentifier ::= OCTET STRING (RFC 5280 4.2.1.2), in the value of the extension
-Octets key_identifier_in(const CERT_EXTENSION& extension) {
-    DerWalker walker(octets_of(extension.Value));
-    const Octets identifier = walker.next(kOctetString).content;
-    walker.expect_end();
-    return identifier;
+// SubjectKeyIdentifier ::= OCTET STRING (RFC 5280 4.2.1.2), in the value of the extension. A value that is
+// malformed identifies nothing.
+std::optional<Bytes> key_identifier_in(const CERT_EXTENSION& extension) {
+    const Octets value = octets_of(extension.Value);
+    try {
+        DerWalker walker(value);
+        const Octets identifier = walker.next(kOctetString).content;
+        walker.expect_end();
+        return Bytes(identifier.begin(), identifier.end());
+    } catch (const Failure&) {
+        return std::nullopt;
+    }
 }
 
-// The extension if there is one, else the SHA-1 of the public key's bits, its usual value.
-Bytes key_identifier_of(const CERT_INFO& certificate) {
+// That of the extension if there is one, else the SHA-1 of the public key's bits, its usual value.
+std::optional<Bytes> key_identifier_of(const CERT_INFO& certificate) {
     if (certificate.rgExtension == nullptr && certificate.cExtension != 0) {
         throw Failure{E_INVALIDARG};
     }
     for (DWORD i = 0; i < certificate.cExtension; ++i) {
         const CERT_EXTENSION& extension = certificate.rgExtension[i];
         if (equal(object_id_from_text(extension.pszObjId), kSubjectKeyIdentifier)) {
-            const Octets identifier = key_identifier_in(extension);
-            return {identifier.begin(), identifier.end()};
+            return key_identifier_in(extension);
         }
     }
     const CRYPT_BIT_BLOB& bits = certificate.SubjectPublicKeyInfo.PublicKey;
     const std::optional<Digest> sha1 = find_digest(kSha1);
-    return sha1 ? sha1->of(octets_of({.cbData = bits.cbData, .pbData = bits.pbData})) : Bytes{};
+    if (!sha1) {
+        return std::nullopt;
+    }
+    return sha1->of(octets_of({.cbData = bits.cbData, .pbData = bits.pbData}));
 }
 
 const SignerInfo& find_signer(const SignedData& data, const CERT_INFO& certificate) {
     const Octets issuer = octets_of(certificate.Issuer);
     const Octets serial = octets_of(certificate.SerialNumber);
-    std::optional<Bytes> key_identifier;  // made when a signer is named by it
+    bool has_asked_for_key_identifier = false;  // it is made when a signer is named by one
+    std::optional<Bytes> key_identifier;
     for (const SignerInfo& signer : data.signers) {
         if (!signer.key_identifier) {
             if (equal(signer.issuer, issuer) && is_same_serial(signer.serial_number, serial)) {
@@ -68,10 +77,11 @@ const SignerInfo& find_signer(const SignedData& data, const CERT_INFO& certifica
             }
             continue;
         }
-        if (!key_identifier) {
+        if (!has_asked_for_key_identifier) {
             key_identifier = key_identifier_of(certificate);
+            has_asked_for_key_identifier = true;
         }
-        if (equal(*signer.key_identifier, *key_identifier)) {
+        if (key_identifier && equal(*signer.key_identifier, *key_identifier)) {
             return signer;
         }
     }

@@ -211,6 +211,18 @@ void negate(std::span<uint8_t> octets) {
     }
 }
 
+// Takes the lowest group of digits off. In the bases 2 and 16 that is the last octet.
+uint32_t take_group(std::span<uint8_t>& magnitude, int base) {
+    if (base == 2 || base == 16) {
+        const uint32_t octet = magnitude.back();
+        magnitude = magnitude.first(magnitude.size() - 1);
+        return octet;
+    }
+    const uint32_t group = divide(magnitude, byteRadix[base / 2]);
+    magnitude = without_leading_zeros(magnitude);
+    return group;
+}
+
 // Writes the digits of `magnitude`, which it uses up, to the end of `out`. Returns their number, or nothing
 // when `out` is too small.
 std::optional<size_t> write_digits(std::span<uint8_t> magnitude, int base, std::span<char> out) {
@@ -218,8 +230,7 @@ std::optional<size_t> write_digits(std::span<uint8_t> magnitude, int base, std::
     size_t written = 0;
     magnitude = without_leading_zeros(magnitude);
     while (!magnitude.empty()) {
-        uint32_t group = divide(magnitude, byteRadix[base / 2]);
-        magnitude = without_leading_zeros(magnitude);
+        uint32_t group = take_group(magnitude, base);
         for (size_t i = 0; i < digitsPerByte[base / 2] && (group != 0 || !magnitude.empty()); ++i) {
             if (written == out.size()) {
                 return std::nullopt;

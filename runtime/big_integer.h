@@ -54,7 +54,7 @@ QUILLMARK_API int rtBigIntDigitsNum(const ASN1BigInt* number, int radix);
 QUILLMARK_API int rtBigIntToString(ASN1CTXT* ctxt, const ASN1BigInt* number, int radix, char* text, int room);
 
 /// Compares two number texts (radix 0): below, equal to or above 0. Text that is no number is compared
-/// octet by octet.
+/// octet by octet, and so are numbers of more than 256 octets when memory fails.
 QUILLMARK_API int rtBigIntStrCompare(ASN1CTXT* ctxt, const char* a, const char* b);
 
 }  // extern "C"

@@ -35,7 +35,8 @@ int write_octets(ASN1CTXT* ctxt, uint64_t value, int count) {
 // X.690 8.3.2: the first nine bits are never all equal, so a value takes one sign bit and its own bits.
 int write_integer(ASN1CTXT* ctxt, int64_t value) {
     const uint64_t magnitude = static_cast<uint64_t>(value < 0 ? ~value : value);
-    return write_octets(ctxt, static_cast<uint64_t>(value), std::bit_width(magnitude) / 8 + 1);
+    return write_octets(ctxt, static_cast<uint64_t>(value),
+                        static_cast<int>(std::bit_width(magnitude)) / 8 + 1);
 }
 
 // Seven bits an octet.

@@ -22,7 +22,7 @@ using asn1data::ASN1T_TimeStampResp;
 
 CResponse::Impl::Impl() : status(PKIStatus_rejection) {}
 
-CResponse::Impl::Impl(const CPKIStatusInfo& status) : status(status) {}
+CResponse::Impl::Impl(const CPKIStatusInfo& initial) : status(initial) {}
 
 CResponse::Impl::Impl(const Impl& other) : status(other.status) {
     copy_to_auto_ptr(timeStampToken, other.timeStampToken.get());

@@ -143,7 +143,7 @@ CToken::CToken(const char* policy, const CAlgorithmIdentifierEx& hashAlgorithm, 
 CToken::CToken(const CToken& other) : impl_(new Impl(*other.impl_)) {}
 
 CToken& CToken::operator=(const CToken& other) {
-    if (impl_ == other.impl_) {
+    if (this == &other) {
         return *this;
     }
     // All that can fail comes first. Of the messages the old one is closed before the new one is duplicated.

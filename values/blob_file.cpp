@@ -16,7 +16,7 @@ namespace Quillmark {
 namespace {
 
 struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
+    void operator()(std::FILE* file) const { static_cast<void>(std::fclose(file)); }
 };
 
 using File = std::unique_ptr<std::FILE, CloseFile>;
@@ -98,7 +98,7 @@ void CBlob::writeToFile(const char* path) const {
     }
     // Intended: a failing write or close is not reported.
     if (cbData_ != 0) {
-        std::fwrite(pbData(), 1, cbData_, file.get());
+        static_cast<void>(std::fwrite(pbData(), 1, cbData_, file.get()));
     }
 }
 

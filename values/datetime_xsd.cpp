@@ -87,8 +87,8 @@ Zone split_remainder(std::string& remainder) {
 CDateTime parse_compact(const Scanned& parts, const std::string& remainder) {
     // Six numbers of at most four and five times two characters: a sign counts among them.
     char fields[32];
-    std::snprintf(fields, sizeof fields, "%04d%02d%02d%02d%02d%02d", parts.year, parts.month, parts.day,
-                  parts.hour, parts.minute, parts.second);
+    static_cast<void>(std::snprintf(fields, sizeof fields, "%04d%02d%02d%02d%02d%02d", parts.year,
+                                    parts.month, parts.day, parts.hour, parts.minute, parts.second));
     return CDateTime((fields + remainder).c_str());
 }
 

@@ -51,8 +51,11 @@ struct SlotState {
     bool is_unused() const { return pins() == 0 && references() == 0; }
 };
 
-template <typename Object>
+/// `last_generation` is less than what there is room for in tests alone, which then come to it.
+template <typename Object, std::uint64_t last_generation = SlotState::kMaxGeneration>
 class HandleTable {
+    static_assert(last_generation > 0 && last_generation <= SlotState::kMaxGeneration);
+
     struct Slot {
         std::atomic<std::uint64_t> state{SlotState::kOneGeneration};
         std::uint32_t number = 0;
@@ -83,7 +86,7 @@ class HandleTable {
         Slot* slot_ = nullptr;
     };
 
-    explicit constexpr HandleTable(std::uint64_t kind) : kind_(kind) {}
+    explicit constexpr HandleTable(std::uint64_t kind) noexcept : kind_(kind) {}
     HandleTable(const HandleTable&) = delete;
     HandleTable& operator=(const HandleTable&) = delete;
     // No destructor: static objects of the application may still close handles at the end of the process.
@@ -232,7 +235,7 @@ class HandleTable {
     void retire_object(Slot& slot) {
         slot.object.reset();
         const std::uint64_t generation = SlotState{slot.state.load(std::memory_order_relaxed)}.generation();
-        if (generation == SlotState::kMaxGeneration) {
+        if (generation == last_generation) {
             return;
         }
         slot.state.store((generation + 1) * SlotState::kOneGeneration, std::memory_order_release);

@@ -3,6 +3,7 @@
 // OpenSSL 3.0 deprecates engines.
 #define OPENSSL_SUPPRESS_DEPRECATED
 
+#include <openssl/ec.h>
 #include <openssl/engine.h>
 #include <openssl/err.h>
 #include <openssl/pem.h>
@@ -20,22 +21,39 @@
 namespace Quillmark::test {
 namespace {
 
-// What the engine met while it signed.
-std::atomic<int> signatures_at_once = 0;
+// What the engine met while it loaded a key, signed with one or let one go.
+std::atomic<int> calls_at_once = 0;
 std::atomic<bool> has_met_another = false;
 std::atomic<bool> refuses_to_sign = false;
 
+/// A call of the engine, long enough to be met by another.
+class SlowCall {
+  public:
+    SlowCall() {
+        if (calls_at_once.fetch_add(1) != 0) {
+            has_met_another = true;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    ~SlowCall() { --calls_at_once; }
+    SlowCall(const SlowCall&) = delete;
+    SlowCall& operator=(const SlowCall&) = delete;
+};
+
 int sign_slowly(int type, const unsigned char* digest, unsigned int size, unsigned char* signature,
                 unsigned int* signature_size, const RSA* key) {
-    has_met_another = has_met_another || signatures_at_once.fetch_add(1) != 0;
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    const SlowCall call;
     RSA* const plain = RSA_new();
     RSA_set0_key(plain, BN_dup(RSA_get0_n(key)), BN_dup(RSA_get0_e(key)), BN_dup(RSA_get0_d(key)));
     RSA_set_method(plain, RSA_PKCS1_OpenSSL());
     const int result = refuses_to_sign ? 0 : RSA_sign(type, digest, size, signature, signature_size, plain);
     RSA_free(plain);
-    --signatures_at_once;
     return result;
+}
+
+int finish_slowly(RSA* key) {
+    const SlowCall call;
+    return RSA_meth_get_finish(RSA_PKCS1_OpenSSL())(key);
 }
 
 // The key of the tests in the older form that engines have, with a method of its own.
@@ -43,6 +61,7 @@ EVP_PKEY* make_engine_key() {
     static RSA_METHOD* const method = [] {
         RSA_METHOD* const fresh = RSA_meth_dup(RSA_PKCS1_OpenSSL());
         RSA_meth_set_sign(fresh, sign_slowly);
+        RSA_meth_set_finish(fresh, finish_slowly);
         return fresh;
     }();
     FILE* const file = fopen(pki_path("tsa_rsa2048.key").c_str(), "r");
@@ -69,6 +88,7 @@ bool has_right_pin(UI_METHOD* method, void* data) {
 }
 
 EVP_PKEY* load(ENGINE*, const char* key_id, UI_METHOD* method, void* data) {
+    const SlowCall call;
     ERR_clear_error();  // some engines do
     const bool is_open = std::strcmp(key_id, "open") == 0;
     const bool is_locked = std::strcmp(key_id, "locked:key") == 0;
@@ -152,6 +172,35 @@ TEST_F(EngineKey, TellsWhenTheEngineRefusesToSign) {
     EXPECT_TRUE(fails_with(NTE_FAIL, message.update(kContent)));
 }
 
+// As libcrypto does for ECDSA when the memory for the encoded signature is missing.
+int announce_too_much(int, const unsigned char*, int, unsigned char*, unsigned int* size, const BIGNUM*,
+                      const BIGNUM*, EC_KEY*) {
+    *size = 0xFFFFFFFF;
+    return 1;
+}
+
+TEST(KeyOfTheApplication, FailsToSignWhenItAnnouncesMoreThanThereIsRoomFor) {
+    EC_KEY_METHOD* const method = EC_KEY_METHOD_new(EC_KEY_OpenSSL());
+    EC_KEY_METHOD_set_sign(method, announce_too_much, nullptr, nullptr);
+    FILE* const file = fopen(pki_path("tsa_p256.key").c_str(), "r");
+    EVP_PKEY* const plain = PEM_read_PrivateKey(file, nullptr, nullptr, nullptr);
+    fclose(file);
+    EC_KEY* const ec_key = EVP_PKEY_get1_EC_KEY(plain);
+    EVP_PKEY_free(plain);
+    EC_KEY_set_method(ec_key, method);
+    EVP_PKEY* const key = EVP_PKEY_new();
+    EVP_PKEY_assign_EC_KEY(key, ec_key);
+    HCRYPTPROV handle = 0;
+    ASSERT_TRUE(KeyContainerFromKey(&handle, key));
+    {
+        const Message message(open_with(handle));
+        EXPECT_TRUE(fails_with(NTE_FAIL, message.update(kContent)));
+    }
+    CryptReleaseContext(handle, 0);
+    EVP_PKEY_free(key);
+    EC_KEY_METHOD_free(method);
+}
+
 void sign_in_four_threads(HCRYPTPROV provider) {
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i) {
@@ -180,6 +229,23 @@ TEST_F(EngineKey, OfTheApplicationSignsForOneThreadAtATimeToo) {
     sign_in_four_threads(handle);
     EXPECT_FALSE(has_met_another);
     CryptReleaseContext(handle, 0);
+}
+
+TEST_F(EngineKey, IsLoadedAndReleasedWhileNoOtherIsUsed) {
+    const Acquired provider("engine:quillmark_test:open");
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&, i] {
+            for (int round = 0; round < 5; ++round) {
+                const Acquired other("engine:quillmark_test:open");
+                EXPECT_TRUE(signs(i % 2 == 0 ? other.handle : provider.handle, "tsa_rsa2048"));
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_FALSE(has_met_another);
 }
 
 TEST_F(EngineKey, LeavesTheErrorQueueOfTheApplicationAlone) {

@@ -22,9 +22,10 @@ struct Thing {
 };
 
 // A table lives as long as the process, so tests make theirs without an end.
-HandleTable<Thing>& make_table() {
-    static auto& tables = *new std::vector<HandleTable<Thing>*>;  // keeps them reachable for the leak check
-    return *tables.emplace_back(new HandleTable<Thing>(5));
+template <typename Table = HandleTable<Thing>>
+Table& make_table() {
+    static auto& tables = *new std::vector<Table*>;  // keeps them reachable for the leak check
+    return *tables.emplace_back(new Table(5));
 }
 
 class Handles : public testing::Test {
@@ -84,6 +85,25 @@ TEST_F(Handles, UseTheSlotThatIsFreeForLongestFirst) {
     EXPECT_EQ(add() & 0xFFFFFFFF, b & 0xFFFFFFFF);
     EXPECT_EQ(add() & 0xFFFFFFFF, a & 0xFFFFFFFF);
     EXPECT_EQ(add() & 0xFFFFFFFF, c & 0xFFFFFFFF);
+}
+
+TEST(HandleSlot, IsNotTakenAgainAfterItsLastGeneration) {
+    auto& table = make_table<HandleTable<Thing, 3>>();
+    std::atomic<int> alive{0};
+    std::vector<std::uint64_t> used;
+    for (int i = 0; i < 4; ++i) {
+        used.push_back(table.add(std::make_shared<Thing>(alive)));
+        EXPECT_TRUE(table.pin(used.back()));
+        EXPECT_EQ(table.release(used.back()), ERROR_SUCCESS);
+    }
+    EXPECT_EQ(used, (std::vector<std::uint64_t>{0x5000'0001'0000'0000u, 0x5000'0002'0000'0000u,
+                                                0x5000'0003'0000'0000u, 0x5000'0001'0000'0001u}));
+    EXPECT_EQ(alive, 0);
+    for (const std::uint64_t stale : used) {
+        EXPECT_FALSE(table.pin(stale)) << std::hex << stale;
+        EXPECT_EQ(table.add_reference(stale), ERROR_INVALID_HANDLE) << std::hex << stale;
+        EXPECT_EQ(table.release(stale), ERROR_INVALID_HANDLE) << std::hex << stale;
+    }
 }
 
 TEST_F(Handles, ThatWereNeverGivenOutAreInvalid) {

@@ -108,6 +108,18 @@ TEST(Verify, FindsASignerByTheSubjectKeyIdentifierOfTheCertificate) {
     EXPECT_TRUE(fails_to_verify(CRYPT_E_SIGNER_NOT_FOUND, with_key_identifier({1, 2}), certificate.info()));
 }
 
+TEST(Verify, FindsNoSignerByASubjectKeyIdentifierThatIsMalformed) {
+    const Certificate certificate("tsa_p256.der");
+    CERT_INFO info = *certificate.info();
+    Octets no_octet_string = {0x84, 0x02, 0x01, 0x02};
+    CERT_EXTENSION extension = info.rgExtension[3];
+    extension.Value = {.cbData = static_cast<DWORD>(no_octet_string.size()), .pbData = no_octet_string.data()};
+    info.rgExtension = &extension;
+    info.cExtension = 1;
+    EXPECT_TRUE(fails_to_verify(CRYPT_E_SIGNER_NOT_FOUND, with_key_identifier({1, 2}), &info));
+    EXPECT_TRUE(verifies(sign({}, kContent), &info));
+}
+
 TEST(Verify, FindsASignerByTheSha1OfTheKeyWithoutThatExtension) {
     const Certificate certificate("tsa_p256.der");
     CERT_INFO info = *certificate.info();

@@ -11,8 +11,8 @@ namespace Quillmark::PKI::TSP {
 class CResponse::Impl {
   public:
     Impl();
-    /// `status` and no token.
-    explicit Impl(const ASN1::CPKIStatusInfo& status);
+    /// `initial` as the status, and no token.
+    explicit Impl(const ASN1::CPKIStatusInfo& initial);
     Impl(const Impl& other);
     Impl& operator=(const Impl&) = delete;
     ~Impl();
