@@ -13,6 +13,7 @@
 #include "tests/support/blob.h"
 #include "tests/support/case_name.h"
 #include "tests/support/codec_heap.h"
+#include "tests/support/codes_without_memory.h"
 #include "tests/support/result_code.h"
 
 namespace Quillmark::PKI::TSP {
@@ -20,6 +21,7 @@ namespace {
 
 using namespace ASN1;
 using test::blob;
+using test::codes_without_memory;
 using test::hex;
 
 constexpr char kAlgorithm[] = "1.3.6.1.4.1.311.3.2.1";
@@ -468,29 +470,6 @@ TEST(CMSRequest, ClearLeavesANullPointerToDestroy) {
 }
 
 // Memory
-
-/// Runs `call` with the first, second, third .. allocation refused, until it gets through. Every failure must
-/// be a clean one. Returns the result codes that were seen.
-template <class Call>
-std::vector<HRESULT> codes_without_memory(Call&& call) {
-    test::CodecHeap heap;
-    std::vector<HRESULT> codes;
-    for (std::size_t n = 0;; ++n) {
-        heap.fail_after(n);
-        try {
-            call();
-        } catch (const CAtlException& failure) {
-            codes.push_back(failure);
-        } catch (const ASN1MessageBuffer::RTLError& failure) {
-            EXPECT_EQ(failure.getStatus(), RT_E_NOMEM);
-        } catch (const std::bad_alloc&) {
-        }
-        EXPECT_EQ(heap.live_blocks(), 0u) << "after allocation " << n << " failed";
-        if (!heap.failed()) {
-            return codes;
-        }
-    }
-}
 
 TEST(CMSRequest, EncodeFailsCleanlyWhereverMemoryEnds) {
     const CMSRequest request = full_request();

@@ -15,6 +15,7 @@
 #include "tests/support/result_code.h"
 #include "tests/support/sample_stamp.h"
 #include "tests/support/test_keys.h"
+#include "tests/tsp/signed_stamp.h"
 #include "tsp/cms_stamp.h"
 #include "tsp/detail/cms_stamp_impl.h"
 
@@ -26,38 +27,22 @@ using test::blob;
 using test::blob_of;
 using test::certificate;
 using test::hex;
+using test::kSha256Oid;
+using test::kStampTime;
 using test::MessageService;
 using test::offset_of;
 using test::open_provider_references;
 using test::sample_stamp;
+using test::sign;
+using test::signed_stamp;
 using test::StampParts;
 using test::TestKey;
+using test::unsigned_stamp;
+using test::verifies;
 
 using Calls = std::vector<std::string>;
 
-constexpr char kSha256Oid[] = "2.16.840.1.101.3.4.2.1";
 constexpr HRESULT kInvalidHandle = HRESULT_FROM_WIN32(ERROR_INVALID_HANDLE);
-
-const CDateTime kTime(2024u, 1u, 2u, 3u, 4u, 5u, 0u, 0u);
-
-CMSStamp unsigned_stamp() {
-    return CMSStamp(blob("04 02 aa bb"), kTime);
-}
-
-void sign(CMSStamp& stamp, HCRYPTPROV provider) {
-    stamp.sign(provider, AT_SIGNATURE, certificate("tsa_p256"), CAlgorithmIdentifierEx(kSha256Oid));
-}
-
-CMSStamp signed_stamp() {
-    CMSStamp stamp = unsigned_stamp();
-    const TestKey key("tsa_p256");
-    sign(stamp, key.provider());
-    return stamp;
-}
-
-bool verifies(const CMSStamp& stamp) {
-    return stamp.verify(certificate("tsa_p256"));
-}
 
 /// Whether somebody still holds a reference on the provider.
 bool is_open(HCRYPTPROV provider) {
@@ -85,7 +70,7 @@ TEST(StampSignCalls, GoStepByStep) {
 TEST(StampPutCalls, AreThoseOfSigning) {
     CMSStamp stamp = signed_stamp();
     MessageService service;
-    stamp.put_signingTime(kTime);
+    stamp.put_signingTime(kStampTime);
     EXPECT_EQ(service.calls(), kSigning);
 }
 
@@ -390,7 +375,7 @@ TEST_P(StampSignRefusal, LeavesASignerWithoutAMessage) {
     const TestKey key("tsa_p256");
     const int references = open_provider_references();
     {
-        CMSStamp stamp(blob(row.content), kTime);
+        CMSStamp stamp(blob(row.content), kStampTime);
         MessageService service;
         EXPECT_CODE(row.code, stamp.sign(key.provider(), row.key_spec, certificate_or_bytes(row.certificate),
                                          CAlgorithmIdentifierEx(row.digest)));
@@ -398,7 +383,7 @@ TEST_P(StampSignRefusal, LeavesASignerWithoutAMessage) {
         EXPECT_EQ(service.open_certificates(), 0);
         EXPECT_EQ(open_provider_references(), references + 1);
         EXPECT_EQ(stamp.encode().cbData(), 0u);
-        EXPECT_CODE(row.code, stamp.put_signingTime(kTime)) << "each put signs";
+        EXPECT_CODE(row.code, stamp.put_signingTime(kStampTime)) << "each put signs";
     }
     EXPECT_EQ(open_provider_references(), references);
     EXPECT_TRUE(is_open(key.provider()));
@@ -424,7 +409,7 @@ INSTANTIATE_TEST_SUITE_P(Arguments, StampSignRefusal, testing::ValuesIn(kRefused
 
 TEST(StampSign, RecoversFromARefusedContent) {
     const TestKey key("tsa_p256");
-    CMSStamp stamp(CBlob(), kTime);
+    CMSStamp stamp(CBlob(), kStampTime);
     EXPECT_CODE(CRYPT_E_ASN1_INTERNAL, sign(stamp, key.provider()));
     stamp.put_content(blob("04 00"));
     EXPECT_TRUE(verifies(stamp));

@@ -12,6 +12,7 @@
 #include "tests/support/result_code.h"
 #include "tests/support/sample_stamp.h"
 #include "tests/support/test_keys.h"
+#include "tests/tsp/signed_stamp.h"
 #include "tsp/cms_stamp.h"
 
 namespace Quillmark::PKI::TSP {
@@ -21,36 +22,19 @@ using namespace ASN1;
 using test::blob;
 using test::blob_of;
 using test::certificate;
+using test::kStampTime;
 using test::MessageService;
 using test::ProviderCalls;
 using test::sample_stamp;
+using test::sign;
+using test::signed_stamp;
 using test::TestKey;
+using test::unsigned_stamp;
+using test::verifies;
 
 using References = ProviderCalls::List;
 
-constexpr char kSha256Oid[] = "2.16.840.1.101.3.4.2.1";
 constexpr HRESULT kInvalidHandle = HRESULT_FROM_WIN32(ERROR_INVALID_HANDLE);
-
-const CDateTime kTime(2024u, 1u, 2u, 3u, 4u, 5u, 0u, 0u);
-
-CMSStamp unsigned_stamp() {
-    return CMSStamp(blob("04 02 aa bb"), kTime);
-}
-
-void sign(CMSStamp& stamp, HCRYPTPROV provider) {
-    stamp.sign(provider, AT_SIGNATURE, certificate("tsa_p256"), CAlgorithmIdentifierEx(kSha256Oid));
-}
-
-CMSStamp signed_stamp() {
-    CMSStamp stamp = unsigned_stamp();
-    const TestKey key("tsa_p256");
-    sign(stamp, key.provider());
-    return stamp;
-}
-
-bool verifies(const CMSStamp& stamp) {
-    return stamp.verify(certificate("tsa_p256"));
-}
 
 /// A key that can be given back before the end of the object.
 class OwnedKey {
@@ -134,7 +118,7 @@ TEST(StampProvider, HeldByTheStampAloneCannotBeSetUpAgain) {
     EXPECT_CODE(kInvalidHandle, sign(stamp, key.provider()));
     EXPECT_EQ(stamp.encode(), before);
     EXPECT_TRUE(verifies(stamp));
-    EXPECT_CODE(kInvalidHandle, stamp.put_signingTime(kTime)) << "the handle is a stale one";
+    EXPECT_CODE(kInvalidHandle, stamp.put_signingTime(kStampTime)) << "the handle is a stale one";
     OwnedKey other;
     sign(stamp, other.provider());
     EXPECT_TRUE(verifies(stamp));
