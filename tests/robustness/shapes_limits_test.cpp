@@ -260,6 +260,11 @@ const std::vector<Decoder>& decoders() {
 /// What any failing decode may take, whatever a length announces.
 constexpr std::size_t kSmall = 48 << 10;
 
+/// What libcrypto makes at its first use is no part of what a decode takes.
+void use_once(const Decoder& decoder) {
+    decoder.way(blob_of(decoder.sample));
+}
+
 /// Expects that nothing bad comes of the octets. The worst memory is kept for the table.
 void try_lie(const Decoder& decoder, const Octets& octets, std::size_t& worst) {
     const CBlob input = blob_of(octets);
@@ -270,6 +275,7 @@ void try_lie(const Decoder& decoder, const Octets& octets, std::size_t& worst) {
 
 TEST(LyingLength, TakesNoMemory) {
     for (const Decoder& decoder : decoders()) {
+        use_once(decoder);
         std::size_t worst = 0;
         for (std::size_t at = 1; at < decoder.sample.size(); ++at) {
             for (const char* length :
@@ -288,6 +294,7 @@ TEST(LyingLength, TakesNoMemory) {
 
 TEST(LargeTag, TakesNoMemory) {
     for (const Decoder& decoder : decoders()) {
+        use_once(decoder);
         std::size_t worst = 0;
         for (std::size_t at = 0; at < decoder.sample.size(); ++at) {
             for (const char* tag :
