@@ -1,4 +1,5 @@
 option(QUILLMARK_WARNINGS_AS_ERRORS "Treat warnings as errors" OFF)
+option(QUILLMARK_HARDENED "Protect stacks, returns and relocations, and check bounds where that is cheap" ON)
 option(QUILLMARK_COVERAGE "Instrument for line coverage" OFF)
 option(QUILLMARK_FUZZ "Build the fuzz targets with libFuzzer (needs clang)" OFF)
 option(QUILLMARK_BUILD_BENCH "Build the benchmarks (needs Google Benchmark)" OFF)

@@ -22,12 +22,17 @@ if(QUILLMARK_SANITIZERS)
         -fsanitize=${QUILLMARK_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(quillmark_build_flags INTERFACE -fsanitize=${QUILLMARK_SANITIZERS})
 endif()
+if(QUILLMARK_HARDENED AND NOT QUILLMARK_SANITIZERS)
+    include(${CMAKE_CURRENT_LIST_DIR}/Hardening.cmake)
+    quillmark_harden(quillmark_build_flags)
+endif()
 if(QUILLMARK_FUZZ)
     # Tells the fuzzer which branches an input takes, in the library as in the targets.
     target_compile_options(quillmark_build_flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 if(QUILLMARK_COVERAGE)
-    target_compile_options(quillmark_build_flags INTERFACE --coverage)
+    # Counted by atomic additions: some tests run the library in several threads.
+    target_compile_options(quillmark_build_flags INTERFACE --coverage -fprofile-update=atomic)
     target_link_options(quillmark_build_flags INTERFACE --coverage)
 endif()
 
