@@ -35,12 +35,15 @@ class Reader {
     Octets rest_;
 };
 
+constexpr std::uint8_t kBitString = 0x03;
+constexpr std::uint8_t kOctetString = 0x04;
 constexpr std::uint8_t kObjectId = 0x06;
 constexpr std::uint8_t kRegisteredId = 0x88;  // of a GeneralName (RFC 5280 4.2.1.6)
 
 constexpr std::uint8_t kPrimitiveSequence =
     0x10;  // these must be constructed (8.9.1, 8.11.1); the codec takes them
 constexpr std::uint8_t kPrimitiveSet = 0x11;
+constexpr std::uint8_t kPrimitiveExplicit = 0x80;  // behind an identifier (8.14.3)
 
 constexpr std::uint8_t kEndOfContents = 0x00;
 
@@ -95,37 +98,56 @@ bool has_whole_arcs(Octets contents) {
     return contents.empty() || (contents.back() & 0x80) == 0;
 }
 
-bool read_element(Reader& in, int depth) {
+/// Whether a string holds elements: it does in certificates and their extensions (RFC 5280 4.1, 4.2), which
+/// begin with a SEQUENCE, a SET or a tag of their own.
+bool holds_elements(std::uint8_t tag, Octets contents) {
+    return (tag == kBitString || tag == kOctetString) && !contents.empty() &&
+           (contents[0] == 0x30 || contents[0] == 0x31 || (contents[0] & 0xF0) == 0xA0);
+}
+
+std::optional<std::uint8_t> read_element(Reader& in, int depth);
+
+bool read_elements(Octets contents, int depth) {
+    Reader in(contents);
+    bool after_object_id = false;
+    while (!in.at_end()) {
+        const auto tag = read_element(in, depth);
+        if (!tag || (after_object_id && *tag == kPrimitiveExplicit)) {
+            return false;
+        }
+        after_object_id = *tag == kObjectId;
+    }
+    return true;
+}
+
+/// Takes an element and returns the first octet of its tag; nothing when it is not whole.
+std::optional<std::uint8_t> read_element(Reader& in, int depth) {
     const auto tag = depth <= kDeepest ? read_tag(in) : std::nullopt;
     if (!tag) {
-        return false;
+        return std::nullopt;
     }
     const auto length = read_length(in);
     const auto contents = length ? in.octets(*length) : std::nullopt;
-    if (!contents) {
-        return false;
+    if (!contents || *tag == kPrimitiveSequence || *tag == kPrimitiveSet) {
+        return std::nullopt;
     }
+    bool whole = true;
     if (*tag == kObjectId || *tag == kRegisteredId) {
-        return has_whole_arcs(*contents);
+        whole = has_whole_arcs(*contents);
+    } else if ((*tag & 0x20) != 0) {
+        whole = read_elements(*contents, depth + 1);
+    } else {
+        const Octets held = *tag == kBitString && !contents->empty() ? contents->subspan(1) : *contents;
+        whole = !holds_elements(*tag, held) || read_elements(held, depth + 1);
     }
-    if (*tag == kPrimitiveSequence || *tag == kPrimitiveSet) {
-        return false;
-    }
-    const bool constructed = (*tag & 0x20) != 0;
-    Reader inner(*contents);
-    while (constructed && !inner.at_end()) {
-        if (!read_element(inner, depth + 1)) {
-            return false;
-        }
-    }
-    return true;
+    return whole ? tag : std::nullopt;
 }
 
 }  // namespace
 
 bool is_whole(Octets octets) {
     Reader in(octets);
-    return read_element(in, 0);
+    return read_element(in, 0).has_value();
 }
 
 }  // namespace Quillmark::fuzz
