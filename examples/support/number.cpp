@@ -19,7 +19,7 @@ Quillmark::ASN1::CBigInteger positive_number(const std::vector<unsigned char>& o
     return Quillmark::ASN1::CBigInteger(content.data(), content.size());
 }
 
-std::vector<unsigned char> random_octets(unsigned int count) {
+std::vector<unsigned char> random_octets(std::size_t count) {
     std::vector<unsigned char> random(count);
     if (RAND_bytes(random.data(), static_cast<int>(count)) != 1) {
         throw Failure("libcrypto gave no random octets");

@@ -2,6 +2,7 @@
 
 // Positive numbers beyond the machine's.
 
+#include <cstddef>
 #include <vector>
 
 #include "asn1/big_integer.h"
@@ -12,7 +13,7 @@ namespace example {
 Quillmark::ASN1::CBigInteger positive_number(const std::vector<unsigned char>& octets);
 
 /// From libcrypto's generator.
-std::vector<unsigned char> random_octets(unsigned int count);
+std::vector<unsigned char> random_octets(std::size_t count);
 
 /// A number of `octets` octets from libcrypto's generator.
 Quillmark::ASN1::CBigInteger random_number(unsigned int octets);
