@@ -178,9 +178,11 @@ void CPKIFreeText::insert(const CPKIFreeTextString& text) {
 
 void CPKIFreeText::remove(const CLanguageTag& language) {
     const CLanguageTag wanted(language);  // NOLINT: the tag may lie in an element that goes
-    for (iterator position = find(wanted); position != end(); position = find(wanted)) {
-        erase(position);
+    if (wanted == CLanguageTagDefaultRead()) {
+        clear();  // it is what `find` finds first
+        return;
     }
+    std::list<CPKIFreeTextString>::remove(CPKIFreeTextString(wanted));
 }
 
 CPKIFreeText::operator const CPKIFreeTextString&() const {

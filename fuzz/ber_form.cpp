@@ -47,6 +47,9 @@ constexpr std::uint8_t kPrimitiveExplicit = 0x80;  // behind an identifier (8.14
 
 constexpr std::uint8_t kEndOfContents = 0x00;
 
+// Behind a longer tag the codec goes on as if it were not there.
+constexpr std::uint32_t kLargestTagNumber = 0x1FFFFFFF;
+
 /// The first octet of a tag (8.1.2).
 std::optional<std::uint8_t> read_tag(Reader& in) {
     const auto first = in.octet();
@@ -56,7 +59,9 @@ std::optional<std::uint8_t> read_tag(Reader& in) {
     if ((*first & 0x1F) != 0x1F) {
         return first;
     }
-    for (auto more = in.octet(); more; more = in.octet()) {
+    std::uint32_t number = 0;
+    for (auto more = in.octet(); more && number <= kLargestTagNumber >> 7; more = in.octet()) {
+        number = number << 7 | (*more & 0x7F);
         if ((*more & 0x80) == 0) {
             return first;
         }
@@ -98,10 +103,12 @@ bool has_whole_arcs(Octets contents) {
     return contents.empty() || (contents.back() & 0x80) == 0;
 }
 
-/// Whether a string holds elements: it does in certificates and their extensions (RFC 5280 4.1, 4.2), which
-/// begin with a SEQUENCE, a SET or a tag of their own.
+/// Whether a primitive element seems to hold others, which begin with a SEQUENCE, a SET or a tag of their
+/// own. Strings do in certificates and their extensions (RFC 5280 4.1, 4.2), and the codec takes a tag that
+/// should be constructed.
 bool holds_elements(std::uint8_t tag, Octets contents) {
-    return (tag == kBitString || tag == kOctetString) && !contents.empty() &&
+    const bool may = tag == kBitString || tag == kOctetString || (tag & 0xE0) == 0x80;
+    return may && !contents.empty() &&
            (contents[0] == 0x30 || contents[0] == 0x31 || (contents[0] & 0xF0) == 0xA0);
 }
 

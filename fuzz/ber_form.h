@@ -7,7 +7,7 @@
 namespace Quillmark::fuzz {
 
 /// Whether the octets begin with one element whose length is definite and that is filled by such elements if
-/// it is constructed, or a string that looks as if it held elements; what stands behind it is not looked at. The
+/// it is constructed, or looks as if it held elements; what stands behind it is not looked at. The
 /// arcs of an OBJECT IDENTIFIER end, and are below 2^32 - 1. The codec reads more than that: an element may
 /// reach beyond the one that holds it, and a value that is kept unread may end in its middle. What was read
 /// of such input need not be readable when it is written.

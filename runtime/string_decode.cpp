@@ -184,7 +184,7 @@ int read_wide_text(ASN1CTXT* ctxt, const StringContents& contents, String* value
     if (status != RT_OK) {
         return status;
     }
-    value->nchars = numocts / sizeof(Character);
+    value->nchars = static_cast<uint32_t>(numocts / sizeof(Character));
     value->data = reinterpret_cast<Character*>(block);
     to_host_order<Character>(block, value->nchars);
     return RT_OK;
