@@ -12,7 +12,7 @@ if(QUILLMARK_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
 endif()
 
 add_library(quillmark_build_flags INTERFACE)
-target_compile_options(quillmark_build_flags INTERFACE -Wall -Wextra)
+target_compile_options(quillmark_build_flags INTERFACE -Wall -Wextra -Wconversion -Wshadow)
 target_include_directories(quillmark_build_flags INTERFACE ${PROJECT_SOURCE_DIR})
 if(QUILLMARK_WARNINGS_AS_ERRORS)
     target_compile_options(quillmark_build_flags INTERFACE -Werror)
@@ -36,16 +36,11 @@ if(QUILLMARK_COVERAGE)
     target_link_options(quillmark_build_flags INTERFACE --coverage)
 endif()
 
-# What the library's own sources are compiled with besides.
-add_library(quillmark_library_flags INTERFACE)
-target_compile_options(quillmark_library_flags INTERFACE -Wconversion -Wshadow)
-target_link_libraries(quillmark_library_flags INTERFACE quillmark_build_flags)
-
 # One object library per floor; they are joined into what is shipped by cmake/Libraries.cmake.
 function(quillmark_add_floor name)
     add_library(${name} OBJECT ${ARGN})
     target_compile_features(${name} PUBLIC cxx_std_17 PRIVATE cxx_std_20)
     # Functions are bound inside the library when it is linked, so the compiler may take them for what they are.
     target_compile_options(${name} PRIVATE -fno-semantic-interposition)
-    target_link_libraries(${name} PRIVATE quillmark_library_flags)
+    target_link_libraries(${name} PRIVATE quillmark_build_flags)
 endfunction()

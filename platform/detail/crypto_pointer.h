@@ -44,6 +44,11 @@ inline bool has_libcrypto_ended() {
     return OPENSSL_init_crypto(0, nullptr) == 0;
 }
 
+/// Has libcrypto make its table of the names of algorithms, once. It does so at the first question for one,
+/// and threads that ask meanwhile find the table half made: what has two names, such as EC and
+/// id-ecPublicKey, becomes two things for the rest of the process, one of them without methods (OpenSSL 3.0).
+void make_algorithm_names();
+
 /// A scope that uses libcrypto. The errors that libcrypto queues in it are dropped at its end, so that the
 /// queue of the application stays as it was. Throws `E_FAIL` when libcrypto has ended: static objects may
 /// still sign, verify or open keys then. Freeing its objects stays safe, but for those of engines.
@@ -55,6 +60,7 @@ class LibcryptoScope {
         }
         ERR_set_mark();
         ++depth_;
+        make_algorithm_names();
     }
     LibcryptoScope(const LibcryptoScope&) = delete;
     LibcryptoScope& operator=(const LibcryptoScope&) = delete;

@@ -64,6 +64,16 @@ TEST(Attribute, KeepsForeignOidOfAValueToItself) {
     EXPECT_EQ(hex(made.encode()), "30 08 06 02 2a 03 31 02 05 00");  // Intended: the attribute's own
 }
 
+TEST(Attribute, LendsItsValues) {
+    CAttribute attribute("1.2.3");
+    attribute.add(blob("05 00"));
+    attribute.add(blob("02 01 01"));
+    for (CAttrValue& each : attribute) {
+        each.value() = blob("02 01 07");
+    }
+    EXPECT_EQ(hex(attribute.encode()), "30 0c 06 02 2a 03 31 06 02 01 07 02 01 07");
+}
+
 TEST(Attribute, ErasesAValue) {
     CAttribute made = attribute("1.2.3", {"05 00", "01 01 ff"});
     made.erase(made.begin());

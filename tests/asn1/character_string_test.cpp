@@ -115,7 +115,10 @@ TEST(DecodeCharString, IgnoresOctetsBehindTheString) {
 }
 
 TEST(DecodeCharString, EndsTextAtEmbeddedZero) {
-    EXPECT_STREQ(decodeCharString(blob("13 03 41 00 42")).c_str(), L"A");
+    for (const char* const der : {"13 03 41 00 42", "0c 03 41 00 42", "1e 06 00 41 00 00 00 42",
+                                  "1c 0c 00 00 00 41 00 00 00 00 00 00 00 42"}) {
+        EXPECT_STREQ(decodeCharString(blob(der)).c_str(), L"A") << der;
+    }
 }
 
 TEST(CodePageText, GoesBothWays) {

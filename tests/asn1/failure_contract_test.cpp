@@ -119,6 +119,10 @@ TEST(MemoryOfAContext, IsReportedByCopies) {
     ASN1TOpenType open_copy;
     ASN1TOpenType_traits::set(ctxt, open, octets);
     EXPECT_CODE_WITHOUT_MEMORY(CRYPT_E_ASN1_MEMORY, ASN1TOpenType_traits::copy(ctxt, open, open_copy));
+    Asn1TObject object;
+    Asn1TObject object_copy;
+    Asn1TObject_traits::set(ctxt, object, octets);
+    EXPECT_CODE_WITHOUT_MEMORY(CRYPT_E_ASN1_MEMORY, Asn1TObject_traits::copy(ctxt, object, object_copy));
 }
 
 TEST(MemoryOfAContext, IsReportedByConversions) {

@@ -301,6 +301,13 @@ TEST(GeneralNames, GoBothWaysInOrder) {
     EXPECT_EQ(names.encode(), der);
 }
 
+TEST(GeneralName, EndsTextAtAnEmbeddedZero) {
+    CGeneralName name;
+    name.decode(blob("82 05 61 2e 62 00 63"));
+    EXPECT_STREQ(name.get_dNSName(), L"a.b");
+    EXPECT_EQ(name.encode(), blob("82 03 61 2e 62"));
+}
+
 TEST(GeneralNames, NeedOne) {
     CGeneralNames names;
     EXPECT_CODE(CRYPT_E_ASN1_INTERNAL, names.encode());

@@ -185,6 +185,13 @@ TEST(FreeText, RemovesAllForTheDefaultLanguage) {
     EXPECT_TRUE(text.empty());
 }
 
+TEST(FreeText, IsMadeOfOneText) {
+    const CPKIFreeTextString text(L"granted", CLanguageTag("en"));
+    const CPKIFreeText texts(text);
+    ASSERT_EQ(texts.size(), 1u);
+    EXPECT_EQ(texts.front(), text);
+}
+
 TEST(FreeText, ConvertsToItsFirstElement) {
     CPKIFreeText text(L"a", kEnUs);
     text.insert(CPKIFreeTextString(L"b", kUntagged));

@@ -161,10 +161,10 @@ TYPED_TEST(AttrSigningCertificate, IsCopiedDeeply) {
 }
 
 TYPED_TEST(AttrSigningCertificate, RefusesBadInput) {
-    using Attribute = typename TypeParam::Attribute;
-    EXPECT_CODE(CRYPT_E_ASN1_INTERNAL, Attribute(CBlob()));
-    EXPECT_CODE(CRYPT_E_ASN1_INTERNAL, Attribute(blob("05 00")));
-    Attribute value(this->one_cert());
+    using Value = typename TypeParam::Attribute;
+    EXPECT_CODE(CRYPT_E_ASN1_INTERNAL, Value(CBlob()));
+    EXPECT_CODE(CRYPT_E_ASN1_INTERNAL, Value(blob("05 00")));
+    Value value(this->one_cert());
     value.value() = blob("30 00");
     EXPECT_CODE(CRYPT_E_ASN1_INTERNAL, value.decode());
     EXPECT_EQ(value.get_certs(), this->one_cert());

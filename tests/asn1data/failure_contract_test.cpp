@@ -99,6 +99,16 @@ TEST(MemoryFailure, OfARecordForGetCopyIsThrown) {
     EXPECT_THROW(control.getCopy(nullptr), std::bad_alloc);
 }
 
+TEST(MemoryFailure, OfANewCopyIsThrownAndLeavesNoRecord) {
+    CodecHeap heap;
+    Decoded<ASN1T_GeneralNames, ASN1C_GeneralNames> decoded(from_hex("30 03 82 01 61"));
+    ASN1C_GeneralNames control(decoded.record());
+    const size_t before = heap.live_blocks();
+    heap.fail_after(0);
+    EXPECT_THROW(control.newCopy(), std::bad_alloc);
+    EXPECT_EQ(heap.live_blocks(), before);
+}
+
 TEST(GetCopy, WithoutATargetLiesOnTheContextAndRefersToIt) {
     const Octets der = from_hex("30 03 82 01 61");
     ASN1BERDecodeBuffer buffer(der.data(), static_cast<int>(der.size()));

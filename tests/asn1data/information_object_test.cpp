@@ -346,7 +346,7 @@ TEST(Attribute, RefusesAMalformedKnownValue) {
 
 TEST(AttributeTypeAndValue, TakesACountryInAnyString) {
     // printable as X.520 has it, and UTF-8, as it is met
-    for (const std::uint8_t tag : {0x13, 0x0C}) {
+    for (const std::uint8_t tag : Octets{0x13, 0x0C}) {
         const Octets der = sequence({from_hex("06 03 55 04 06"), text_element(tag, "RU")});
         Decoded<ASN1T_AttributeTypeAndValue, ASN1C_AttributeTypeAndValue> decoded(der);
         ASSERT_EQ(decoded.status(), RT_OK);
@@ -360,7 +360,7 @@ TEST(AttributeTypeAndValue, TakesACountryInAnyString) {
 }
 
 TEST(AttributeTypeAndValue, HasNoBoundForACountryOrQualifier) {
-    for (const std::uint8_t attribute : {0x06, 0x2E}) {
+    for (const std::uint8_t attribute : Octets{0x06, 0x2E}) {
         const Octets der = sequence({element(0x06, {0x55, 0x04, attribute}), text_element(0x0C, "")});
         EXPECT_EQ((Decoded<ASN1T_AttributeTypeAndValue, ASN1C_AttributeTypeAndValue>(der).status()), RT_OK);
     }

@@ -453,6 +453,64 @@ TEST(CarriedValueContract, IsPassedOverInANodeWithoutAValue) {
     EXPECT_EQ(asn1ETC_Attribute(work.getCtxtPtr(), &record), RT_OK);
 }
 
+// Decodes `der`, takes the octets of the carried value away, and has the table step make them anew.
+template <typename Record, typename Control>
+std::string octets_by_table_step(const Octets& der, Asn1TObject Record::*member,
+                                 int (*encode_table)(ASN1CTXT*, Record*)) {
+    Decoded<Record, Control> decoded(der);
+    EXPECT_EQ(decoded.status(), RT_OK);
+    Asn1TObject& value = decoded.record().*member;
+    if (value.decoded != nullptr) {
+        value.numocts = 0;
+        value.data = nullptr;
+    }
+    ASN1BEREncodeBuffer buffer;
+    EXPECT_EQ(encode_table(buffer.getCtxtPtr(), &decoded.record()), RT_OK);
+    return to_hex(value.data, value.numocts);
+}
+
+TEST(CarriedValueContract, IsWrittenByItsTableStep) {
+    const Octets common_name = sequence({from_hex("06 03 55 04 03"), from_hex("0c 01 41")});
+    EXPECT_EQ((octets_by_table_step<ASN1T_AttributeTypeAndValue, ASN1C_AttributeTypeAndValue>(
+                  common_name, &ASN1T_AttributeTypeAndValue::value, asn1ETC_AttributeTypeAndValue)),
+              "0c 01 41");
+    const Octets practice = sequence({from_hex("06 08 2b 06 01 05 05 07 02 01"), from_hex("16 01 61")});
+    EXPECT_EQ((octets_by_table_step<ASN1T_PolicyQualifierInfo, ASN1C_PolicyQualifierInfo>(
+                  practice, &ASN1T_PolicyQualifierInfo::qualifier, asn1ETC_PolicyQualifierInfo)),
+              "16 01 61");
+    const Octets no_attributes = sequence(
+        {kSignedData, element(0xA0, sequence({from_hex("02 01 01 31 00 30 04 06 02 2a 03 31 00")}))});
+    EXPECT_EQ((octets_by_table_step<ASN1T_ContentInfo, ASN1C_ContentInfo>(
+                  no_attributes, &ASN1T_ContentInfo::content, asn1ETC_ContentInfo)),
+              "30 0d 02 01 01 31 00 30 04 06 02 2a 03 31 00");
+}
+
+TEST(CarriedValueContract, OfAnUnknownIdentifierStaysInItsTableStep) {
+    const Octets unknown = sequence({from_hex("06 02 2a 03"), from_hex("0c 01 41")});
+    EXPECT_EQ((octets_by_table_step<ASN1T_AttributeTypeAndValue, ASN1C_AttributeTypeAndValue>(
+                  unknown, &ASN1T_AttributeTypeAndValue::value, asn1ETC_AttributeTypeAndValue)),
+              "0c 01 41");
+    EXPECT_EQ((octets_by_table_step<ASN1T_AlgorithmIdentifier, ASN1C_AlgorithmIdentifier>(
+                  unknown, &ASN1T_AlgorithmIdentifier::parameters, asn1ETC_AlgorithmIdentifier)),
+              "0c 01 41");
+}
+
+TEST(CarriedValueContract, OfEachMemberIsWrittenByTheTableStepOfASet) {
+    Decoded<ASN1T_Attribute, ASN1C_Attribute> decoded(
+        sequence({from_hex("06 09 2a 86 48 86 f7 0d 01 09 04"), from_hex("31 07 04 01 aa 04 02 bb cc")}));
+    ASSERT_EQ(decoded.status(), RT_OK);
+    std::vector<Asn1TObject*> values;
+    for (const _Asn1RTDListNode* node = decoded.record().values.head; node != nullptr; node = node->next) {
+        values.push_back(static_cast<Asn1TObject*>(node->data));
+        values.back()->numocts = 0;
+    }
+    ASSERT_EQ(values.size(), 2u);
+    ASN1BEREncodeBuffer buffer;
+    ASSERT_EQ(asn1ETC_Attribute(buffer.getCtxtPtr(), &decoded.record()), RT_OK);
+    EXPECT_EQ(to_hex(values[0]->data, values[0]->numocts), "04 01 aa");
+    EXPECT_EQ(to_hex(values[1]->data, values[1]->numocts), "04 02 bb cc");
+}
+
 TEST(CarriedValueContract, ThatCannotBeEncodedStopsItsTableStep) {
     Decoded<ASN1T_ContentInfo, ASN1C_ContentInfo> decoded(sequence(
         {kSignedData, element(0xA0, sequence({from_hex("02 01 01 31 00 30 04 06 02 2a 03 31 00")}))}));

@@ -185,7 +185,7 @@ TEST(Bounds, HoldForNumbersThatCallersFill) {
     EXPECT_EQ(to_hex(encode<ASN1C_ExtensionAttribute>(attribute).octets), "30 08 80 02 01 00 a1 02 05 00");
     attribute.extension_attribute_type = 257;
     EXPECT_EQ(encode<ASN1C_ExtensionAttribute>(attribute).result, RT_E_CONSVIO);
-    for (const std::uint16_t millis : {0, 1000, 65535}) {
+    for (const std::uint16_t millis : std::initializer_list<std::uint16_t>{0, 1000, 65535}) {
         ASN1T_Accuracy accuracy;
         accuracy.m.millisPresent = 1;
         accuracy.millis = millis;

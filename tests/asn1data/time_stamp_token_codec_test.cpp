@@ -72,7 +72,7 @@ TEST(Accuracy, WritesNegativeSeconds) {  // Intended: seconds have no range
 }
 
 TEST(Accuracy, RefusesMicrosOutOfRange) {
-    for (const std::uint16_t micros : {0, 1000}) {
+    for (const std::uint16_t micros : std::initializer_list<std::uint16_t>{0, 1000}) {
         ASN1T_Accuracy record;
         record.m.microsPresent = 1;
         record.micros = micros;

@@ -409,6 +409,6 @@ TEST_P(FullStamp, EveryFieldArrivesAsItWasSent) {
 }
 
 INSTANTIATE_TEST_SUITE_P(EachKindOfName, FullStamp, testing::ValuesIn(kNames),
-                         [](const auto& info) { return std::string(info.param.label); });
+                         [](const auto& row) { return std::string(row.param.label); });
 
 }  // namespace

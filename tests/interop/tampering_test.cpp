@@ -148,7 +148,7 @@ TEST_P(Tampering, ShowsInTheSerialNumber) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Keys, Tampering, testing::Values("tsa_rsa2048", "tsa_p256"),
-                         [](const auto& info) { return std::string(info.param); });
+                         [](const auto& row) { return std::string(row.param); });
 
 }  // namespace
 }  // namespace Quillmark::PKI::TSP

@@ -109,7 +109,7 @@ TEST_P(OurToken, IsVerifiedInsideAResponse) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Keys, OurToken, testing::Values("tsa_rsa2048", "tsa_p256", "tsa_p384", "tsa_pss"),
-                         [](const auto& info) { return std::string(info.param); });
+                         [](const auto& row) { return std::string(row.param); });
 
 // Version 3.0 of the command knows no Ed25519 in CMS, so it checks the signature over the attributes (RFC
 // 5652 5.4).

@@ -148,6 +148,27 @@ TEST_P(DigestRow, GoesWithEd25519OnlyIfItIsSha512) {
 
 INSTANTIATE_TEST_SUITE_P(Digests, DigestRow, testing::ValuesIn(kDigests), case_name);
 
+// A key keeps what it prepared for the schemes that it met first, and for no more than 16 of them.
+TEST(Schemes, AreMoreThanAKeyKeepsPrepared) {
+    const Provider provider("tsa_rsa2048.key");
+    const Certificate certificate("tsa_rsa2048.der");
+    char rsa_encryption[] = "1.2.840.113549.1.1.1";
+    char rsassa_pss[] = "1.2.840.113549.1.1.10";
+    CERT_INFO info = *certificate.info();
+    for (char* const kind : {rsa_encryption, rsassa_pss}) {
+        info.SubjectPublicKeyInfo.Algorithm = {.pszObjId = kind, .Parameters = {}};
+        for (const DigestCase& digest : kDigests) {
+            const SignRequest request{
+                .signers = {{.name = "tsa_rsa2048", .digest = digest.oid, .provider = provider.handle()}}};
+            EncodeRecords records(request);
+            records.signers.at(0).pCertInfo = &info;
+            const Message message(records.open(request));
+            ASSERT_TRUE(message.update(kContent)) << digest.name << std::hex << GetLastError();
+            EXPECT_TRUE(verifies(message.param(CMSG_CONTENT_PARAM), &info)) << kind << " " << digest.name;
+        }
+    }
+}
+
 // SM3 has no row of its own and is found by its identifier.
 constexpr char kSm3[] = "1.2.156.10197.1.401";
 
@@ -168,6 +189,13 @@ TEST(OtherDigest, GoesWithNoKeyWhoseSignatureHasToNameIt) {
             fails_with(NTE_BAD_ALGID, open_with(provider.handle(), signer, AT_SIGNATURE, kSm3) != nullptr))
             << signer;
     }
+}
+
+// SHAKE128, whose output has any length
+TEST(OtherDigest, GoesWithRsaOnlyIfLibcryptoUsesItSo) {
+    const Provider provider("tsa_rsa2048.key");
+    EXPECT_TRUE(fails_with(NTE_BAD_ALGID, open_with(provider.handle(), "tsa_rsa2048", AT_SIGNATURE,
+                                                    "2.16.840.1.101.3.4.2.11") != nullptr));
 }
 
 // Curves that no certificate of the tests has

@@ -12,13 +12,12 @@
 #include <functional>
 #include <thread>
 
-#include <unistd.h>
-
 #include "platform/detail/engine.h"
 #include "tests/platform/containers.h"
 #include "tests/platform/out_of_memory.h"
 #include "tests/platform/pieces.h"
 #include "tests/support/case_name.h"
+#include "tests/support/child_process.h"
 
 namespace Quillmark::test {
 namespace {
@@ -245,7 +244,7 @@ TEST_P(GostKind, ReadsAnyChangedPublicKeyWithoutHarm) {
     const Certificate certificate(certificate_file());
     const CERT_PUBLIC_KEY_INFO& good = certificate.info()->SubjectPublicKeyInfo;
     for (DWORD at = 0; at < good.PublicKey.cbData + good.Algorithm.Parameters.cbData; ++at) {
-        for (const std::uint8_t bit : {0x01, 0x20, 0x80}) {
+        for (const std::uint8_t bit : Octets{0x01, 0x20, 0x80}) {
             CERT_INFO info = *certificate.info();
             CERT_PUBLIC_KEY_INFO& changed = info.SubjectPublicKeyInfo;
             Octets key(good.PublicKey.pbData, good.PublicKey.pbData + good.PublicKey.cbData);
@@ -453,7 +452,7 @@ TEST_F(Gost, KeyIsOpenedAndUsedOrFailsWhenMemoryIsShort) {
 class GostProcess : public Gost {
   protected:
     // Exits with 0 when `check` was true, in a process that has not done anything before.
-    static void exit_with(const std::function<bool()>& check) { _exit(check() ? 0 : 1); }
+    static void exit_with(const std::function<bool()>& check) { end_child(check() ? 0 : 1); }
 
     void SetUp() override {
         Gost::SetUp();
@@ -530,7 +529,7 @@ class WithoutGostDeathTest : public testing::Test {
   protected:
     static void exit_with(const std::function<bool()>& check) {
         setenv("OPENSSL_ENGINES", "/nonexistent", 1);
-        _exit(check() ? 0 : 1);
+        end_child(check() ? 0 : 1);
     }
 
     void SetUp() override { GTEST_FLAG_SET(death_test_style, "threadsafe"); }

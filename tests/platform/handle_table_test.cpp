@@ -14,7 +14,7 @@ namespace {
 
 // Counts how many are alive.
 struct Thing {
-    explicit Thing(std::atomic<int>& alive) : alive(alive) { ++alive; }
+    explicit Thing(std::atomic<int>& counter) : alive(counter) { ++alive; }
     ~Thing() { --alive; }
     Thing(const Thing&) = delete;
     Thing& operator=(const Thing&) = delete;

@@ -74,7 +74,7 @@ TEST(HostileMessage, ChangedAtRandomIsAnsweredOrRefused) {
     const Octets message = rich_message();
     const Certificate certificate("tsa_p256.der");
     std::mt19937 random(20);  // the same octets in every run
-    for (int round = 0; round < 100'000; ++round) {
+    for (int round = 0; round < 20'000; ++round) {
         Octets changed = message;
         const int changes = 1 + static_cast<int>(random() % 4);
         for (int i = 0; i < changes; ++i) {
@@ -88,7 +88,7 @@ TEST(HostileMessage, WithEveryOctetChangedInItsHighBitsIsAnsweredOrRefused) {
     const Octets message = rich_message();
     const Certificate certificate("tsa_p256.der");
     for (std::size_t at = 0; at < message.size(); ++at) {
-        for (const std::uint8_t mask : {0x80, 0x20, 0x01}) {
+        for (const std::uint8_t mask : Octets{0x80, 0x20, 0x01}) {
             Octets changed = message;
             changed[at] ^= mask;
             ask_everything(changed, certificate.info());
@@ -126,7 +126,7 @@ TEST(HostileMessage, OfManySignersAndAttributesIsReadInProportion) {
 TEST(HostileCertificate, ChangedAtRandomIsReadOrRefused) {
     const Octets der = read_pki("tsa_rsa2048.der");
     std::mt19937 random(21);
-    for (int round = 0; round < 100'000; ++round) {
+    for (int round = 0; round < 20'000; ++round) {
         Octets changed = der;
         for (unsigned i = 0; i < 1 + random() % 3; ++i) {
             changed[random() % changed.size()] = static_cast<std::uint8_t>(random());

@@ -78,6 +78,17 @@ TEST(KeyContainer, RefusesAPasswordThatIsLongerThanTheCallbackWasAllowed) {
     CryptReleaseContext(handle, 0);
 }
 
+TEST(KeyContainer, IsOpenedWithoutACallback) {
+    HCRYPTPROV handle = 0;
+    ASSERT_TRUE(KeyContainerOpen(&handle, pki_path("tsa_p256.p12").c_str(), nullptr, 0, nullptr, nullptr));
+    EXPECT_TRUE(fails_with(NTE_SILENT_CONTEXT, open_with(handle) != nullptr));
+    EXPECT_TRUE(CryptSetProvParam(handle, PP_SIGNATURE_PIN, reinterpret_cast<const BYTE*>("secret"), 0));
+    EXPECT_TRUE(signs(handle));
+    CryptReleaseContext(handle, 0);
+    EXPECT_TRUE(
+        fails_with(NTE_BAD_KEYSET, KeyContainerOpen(&handle, nullptr, nullptr, 0, give_password, nullptr)));
+}
+
 TEST(KeyContainer, IgnoresAPasswordThatNoOneNeeds) {
     const Acquired provider(pki_path("tsa_p256.key"));
     EXPECT_TRUE(
@@ -190,6 +201,19 @@ TEST(KeyContainerFromKey, TakesAReferenceOfItsOwn) {
     EXPECT_TRUE(signs(handle));
     CryptReleaseContext(handle, 0);
     EXPECT_TRUE(fails_with(E_INVALIDARG, KeyContainerFromKey(&handle, nullptr)));
+}
+
+// A key on a token may not know its public half, and then there is nothing to compare the certificate's with.
+// A key for message authentication codes, which has none, stands in for it.
+TEST(KeyContainerFromKey, TakesAKeyThatDoesNotKnowItsPublicHalfForThatOfTheCertificate) {
+    const Octets secret(32, 1);
+    EVP_PKEY* const key = EVP_PKEY_new_raw_private_key(EVP_PKEY_HMAC, nullptr, secret.data(), secret.size());
+    HCRYPTPROV handle = 0;
+    ASSERT_TRUE(KeyContainerFromKey(&handle, key)) << std::hex << GetLastError();
+    EVP_PKEY_free(key);
+    const Message message(open_with(handle));
+    EXPECT_NE(message.handle(), nullptr) << std::hex << GetLastError();
+    CryptReleaseContext(handle, 0);
 }
 
 TEST(KeyContainer, LeavesTheErrorQueueOfTheApplicationAlone) {

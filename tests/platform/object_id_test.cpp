@@ -72,10 +72,11 @@ TEST_P(NoObjectIdContents, IsRefused) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Contents, NoObjectIdContents,
-                         testing::Values("",                                    // no arc
-                                         "2a 86",                               // last arc without its end
-                                         "2a 80 01",                            // leading octet 80 (8.19.2)
-                                         "2a 82 80 80 80 80 80 80 80 80 00"));  // 2^64
+                         testing::Values("",                                  // no arc
+                                         "2a 86",                             // last arc without its end
+                                         "2a 80 01",                          // leading octet 80 (8.19.2)
+                                         "2a 82 80 80 80 80 80 80 80 80 00",  // 2^64
+                                         "2a 81 80 80 80 80 80 80 80 80 80 00"));  // 2^70
 
 }  // namespace
 }  // namespace Quillmark::test

@@ -107,7 +107,7 @@ CRYPT_DATA_BLOB blob(const Octets& octets) {
 }  // namespace
 
 struct EncodeRecords::Storage {
-    explicit Storage(const SignRequest& request) : request(request) {}
+    explicit Storage(const SignRequest& made_for) : request(made_for) {}
 
     std::vector<CRYPT_ATTRIBUTE>& attributes(const std::vector<AttributeText>& texts) {
         std::vector<CRYPT_ATTRIBUTE>& records = attribute_lists.emplace_back();

@@ -11,11 +11,10 @@
 #include <memory>
 #include <type_traits>
 
-#include <unistd.h>
-
 #include "platform/detail/handle_table.h"
 #include "tests/platform/der_tree.h"
 #include "tests/platform/service.h"
+#include "tests/support/child_process.h"
 
 namespace Quillmark::test {
 namespace {
@@ -217,7 +216,7 @@ TEST(HandleLimits, RefuseAReferenceBeyondThoseThatCanBeCounted) {
 // Runs `check` after that end, in a process of its own, which exits with 0 when all of it was as expected.
 void exit_after_libcrypto(const std::function<bool()>& check) {
     OPENSSL_cleanup();
-    _exit(check() ? 0 : 1);
+    end_child(check() ? 0 : 1);
 }
 
 bool fails_at_the_end(bool succeeded) {

@@ -8,9 +8,8 @@
 
 #include <functional>
 
-#include <unistd.h>
-
 #include "tests/platform/containers.h"
+#include "tests/support/child_process.h"
 
 namespace Quillmark::test {
 namespace {
@@ -110,7 +109,7 @@ TEST(StoreOfAProviderDeathTest, ComesBeforeTheEngineForTokens) {
         {
             OSSL_PROVIDER_add_builtin(nullptr, "quillmark_test", start_provider<query_pkcs11>);
             const Acquired provider("pkcs11:token=T;object=K", "quillmark_test");
-            _exit(provider.result && signs(provider.handle) ? 0 : 1);
+            end_child(provider.result && signs(provider.handle) ? 0 : 1);
         },
         testing::ExitedWithCode(0), "");
 }

@@ -10,9 +10,8 @@
 #include <functional>
 #include <thread>
 
-#include <unistd.h>
-
 #include "tests/platform/containers.h"
+#include "tests/support/child_process.h"
 
 namespace Quillmark::test {
 namespace {
@@ -236,7 +235,7 @@ class TokenDeathTest : public Token {
         GTEST_FLAG_SET(death_test_style, "threadsafe");
     }
 
-    static void exit_with(const std::function<bool()>& check) { _exit(check() ? 0 : 1); }
+    static void exit_with(const std::function<bool()>& check) { end_child(check() ? 0 : 1); }
 };
 
 TEST_F(TokenDeathTest, NothingIsAskedOnTheTerminal) {

@@ -14,6 +14,9 @@ namespace {
 
 const Octets kContent = from_hex("30 03 02 01 05");
 
+// A function with output of any length: found as a digest, and of no use in a signature.
+constexpr char kShake128Oid[] = "2.16.840.1.101.3.4.2.11";
+
 Octets signature_of(const std::string& key_file, const EVP_MD* digest, const Octets& octets) {
     FILE* const file = fopen(pki_path(key_file).c_str(), "r");
     EVP_PKEY* const key = PEM_read_PrivateKey(file, nullptr, nullptr, nullptr);
@@ -113,7 +116,8 @@ TEST(Verify, FindsNoSignerByASubjectKeyIdentifierThatIsMalformed) {
     CERT_INFO info = *certificate.info();
     Octets no_octet_string = {0x84, 0x02, 0x01, 0x02};
     CERT_EXTENSION extension = info.rgExtension[3];
-    extension.Value = {.cbData = static_cast<DWORD>(no_octet_string.size()), .pbData = no_octet_string.data()};
+    extension.Value = {.cbData = static_cast<DWORD>(no_octet_string.size()),
+                       .pbData = no_octet_string.data()};
     info.rgExtension = &extension;
     info.cExtension = 1;
     EXPECT_TRUE(fails_to_verify(CRYPT_E_SIGNER_NOT_FOUND, with_key_identifier({1, 2}), &info));
@@ -128,6 +132,20 @@ TEST(Verify, FindsASignerByTheSha1OfTheKeyWithoutThatExtension) {
     EVP_Digest(info.SubjectPublicKeyInfo.PublicKey.pbData, info.SubjectPublicKeyInfo.PublicKey.cbData,
                identifier.data(), nullptr, EVP_sha1(), nullptr);
     EXPECT_TRUE(verifies(with_key_identifier(identifier), &info));
+}
+
+TEST(Verify, RefusesRecordsThatCountWhatIsNotThere) {
+    const Certificate certificate("tsa_p256.der");
+    CERT_INFO info = *certificate.info();
+    info.Issuer.pbData = nullptr;
+    EXPECT_TRUE(fails_to_verify(E_INVALIDARG, sign({}, kContent), &info));
+    info = *certificate.info();
+    info.SerialNumber.pbData = nullptr;
+    EXPECT_TRUE(fails_to_verify(E_INVALIDARG, sign({}, kContent), &info));
+    info = *certificate.info();
+    info.rgExtension = nullptr;
+    EXPECT_TRUE(fails_to_verify(E_INVALIDARG, with_key_identifier({1, 2}), &info));
+    EXPECT_TRUE(verifies(sign({}, kContent), &info)) << "a signer that is named without an extension";
 }
 
 TEST(Verify, NoticesChangedContent) {
@@ -339,15 +357,41 @@ TEST(VerifyAlgorithm, RefusesPssParametersThatDoNotFit) {
     EXPECT_TRUE(outcome(NTE_BAD_ALGID, null));
 }
 
-TEST(VerifyAlgorithm, TakesMd5OfOldMessages) {
+// RFC 8017 A.2.3: the mask generation function is MGF1 over a digest.
+TEST(VerifyAlgorithm, RefusesPssMasksThatCannotBeMade) {
+    const auto with_mask = [](const char* function, const char* hash_oid) {
+        const Octets mask = sequence({object_id(function), sequence({object_id(hash_oid)})});
+        const Octets parameters = sequence({element(0xA0, sequence({object_id(kSha256Oid)})),
+                                            element(0xA1, mask), element(0xA2, element(0x02, "20"))});
+        return sequence({object_id("1.2.840.113549.1.1.10"), parameters});
+    };
+    constexpr char kMgf1[] = "1.2.840.113549.1.1.8";
+    EXPECT_TRUE(verifies_with_algorithm(with_mask(kMgf1, kSha256Oid), NTE_BAD_SIGNATURE))
+        << "the signature is of another kind";
+    EXPECT_TRUE(verifies_with_algorithm(with_mask("1.2.840.113549.1.1.9", kSha256Oid), NTE_BAD_ALGID));
+    EXPECT_TRUE(verifies_with_algorithm(with_mask(kMgf1, "1.2.3.4"), NTE_BAD_ALGID)) << "no digest";
+    EXPECT_TRUE(verifies_with_algorithm(with_mask(kMgf1, kShake128Oid), NTE_BAD_ALGID))
+        << "libcrypto refuses";
+}
+
+// Data signed without attributes by the RSA key of the tests, and said to be so with this digest.
+Octets bare_data(const char* digest_oid, const EVP_MD* digest) {
     Pieces pieces(
         sign({.signers = {{.name = "tsa_rsa2048"}}, .inner_type = std::nullopt, .flags = 0}, kContent));
     constexpr std::size_t kSignatureOfBareData = 4;
-    pieces.signer.at(Pieces::kDigest) = sequence({object_id("1.2.840.113549.2.5"), element(0x05, "")});
-    pieces.signer.at(kSignatureOfBareData) =
-        element(0x04, signature_of("tsa_rsa2048.key", EVP_md5(), kContent));
+    pieces.signer.at(Pieces::kDigest) = sequence({object_id(digest_oid), element(0x05, "")});
+    pieces.signer.at(kSignatureOfBareData) = element(0x04, signature_of("tsa_rsa2048.key", digest, kContent));
+    return pieces.message();
+}
+
+TEST(VerifyAlgorithm, TakesMd5OfOldMessages) {
     const Certificate certificate("tsa_rsa2048.der");
-    EXPECT_TRUE(verifies(pieces.message(), certificate.info()));
+    EXPECT_TRUE(verifies(bare_data("1.2.840.113549.2.5", EVP_md5()), certificate.info()));
+}
+
+TEST(VerifyAlgorithm, RefusesDigestsThatLibcryptoDoesNotUseWithRsa) {
+    const Certificate certificate("tsa_rsa2048.der");
+    EXPECT_TRUE(fails_to_verify(NTE_BAD_ALGID, bare_data(kShake128Oid, EVP_sha256()), certificate.info()));
 }
 
 // Verifies a good message with a certificate whose key was changed.

@@ -91,7 +91,7 @@ std::string long_number() {
 int sorted_elements(ASN1CTXT* ctxt) {
     rtSList elements;
     rtSListInitEx(ctxt, &elements);
-    for (const uint8_t value : {0, 1}) {
+    for (const uint8_t value : std::initializer_list<uint8_t>{0, 1}) {
         auto* const place =
             static_cast<ASN1BufLocDescr*>(rtMemHeapAlloc(&ctxt->typeHeap, sizeof(ASN1BufLocDescr)));
         if (place == nullptr) {

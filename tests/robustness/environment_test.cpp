@@ -233,6 +233,10 @@ const Output kOutputs[] = {
      "3019020101300930040602"
      "2a03"
      "0401aa06062a864886f70d0101ff"},
+    {"AuthenticodeRequest", [] { return digits(authenticode_request().encode()); },
+     "302c060a2b060104018237030201"
+     "310b300906022a093103020101"
+     "301106092a864886f70d010701a0040402aabb"},
     {"DecimalNumber", [] { return number_text("-1234567890123456789012345", 10); },
      "-1234567890123456789012345"},
     {"HexadecimalNumber", [] { return number_text("0xFEDCBA9876543210", 16); }, "fedcba9876543210"},
@@ -312,6 +316,24 @@ TEST_P(OutputIn, OfASignedTokenIsAsEverywhere) {
     const CBlob here = rsa_token();
     const InEnvironment universal(kUniversalTime);
     EXPECT_EQ(here, rsa_token());
+}
+
+/// A stamp of the Authenticode exchange, its signing time past what 32-bit clocks count.
+CBlob rsa_stamp() {
+    CMSStamp stamp(blob("04 02 aa bb"), CDateTime(2040u, 2u, 29u, 12u, 0u, 0u, 0u, 0u));
+    const TestKey key("tsa_rsa2048");
+    stamp.sign(key.provider(), AT_SIGNATURE, certificate("tsa_rsa2048"), CAlgorithmIdentifierEx(kSha256Text));
+    return stamp.encode();
+}
+
+TEST_P(OutputIn, OfASignedStampIsAsEverywhere) {
+    const CBlob here = rsa_stamp();
+    CMSStamp read;
+    read.decode(here);
+    EXPECT_STREQ(read.get_signingTime().getGeneralizedTime().c_str(), "20400229120000Z");
+    EXPECT_TRUE(read.verify(certificate("tsa_rsa2048")));
+    const InEnvironment universal(kUniversalTime);
+    EXPECT_EQ(here, rsa_stamp());
 }
 
 INSTANTIATE_TEST_SUITE_P(Environments, OutputIn, testing::ValuesIn(kEnvironments),

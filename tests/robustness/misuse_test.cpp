@@ -5,9 +5,16 @@
 #include <memory>
 
 #include "asn1/algorithm_identifier.h"
+#include "asn1/certificate.h"
+#include "asn1/certificate_identifier.h"
 #include "asn1/content_info.h"
+#include "asn1/distribution_point.h"
+#include "asn1/distribution_point_name.h"
 #include "asn1/info_type_and_value.h"
 #include "asn1/pki_status.h"
+#include "asn1/policy_information.h"
+#include "asn1/revocation_announcement.h"
+#include "asn1/signing_certificate.h"
 #include "runtime/big_integer.h"
 #include "runtime/bit_string.h"
 #include "runtime/der_encode.h"
@@ -170,6 +177,28 @@ TEST(FreedTwice, NumberIsFreedOnce) {
     rtBigIntFree(buffer.getCtxtPtr(), &value);
     rtBigIntFree(buffer.getCtxtPtr(), &value);
     EXPECT_EQ(rtBigIntSetStr(buffer.getCtxtPtr(), &value, "5", 0), RT_OK);
+}
+
+TEST(FreedTwice, MessageIsClosedOnce) {
+    const DWORD encoding = X509_ASN_ENCODING | PKCS_7_ASN_ENCODING;
+    const HCRYPTMSG message = CryptMsgOpenToDecode(encoding, 0, 0, 0, nullptr, nullptr);
+    ASSERT_NE(message, nullptr);
+    EXPECT_TRUE(CryptMsgClose(message));
+    const HCRYPTMSG other = CryptMsgOpenToDecode(encoding, 0, 0, 0, nullptr, nullptr);
+    EXPECT_FALSE(CryptMsgClose(message)) << "and not the other, which may lie in its slot";
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_HANDLE));
+    EXPECT_TRUE(CryptMsgClose(other));
+}
+
+TEST(FreedTwice, CertificateLivesUntilItsLastHolderFreesIt) {
+    const CBlob der = certificate("tsa_p256");
+    const auto size = static_cast<DWORD>(der.cbData());
+    PCCERT_CONTEXT first = CertCreateCertificateContext(X509_ASN_ENCODING, der.pbData(), size);
+    PCCERT_CONTEXT second = CertDuplicateCertificateContext(first);
+    EXPECT_TRUE(CertFreeCertificateContext(first));
+    EXPECT_EQ(CBlob(second->pbCertEncoded, second->cbCertEncoded), der);
+    EXPECT_EQ(second->pCertInfo->dwVersion, 2u);
+    EXPECT_TRUE(CertFreeCertificateContext(second));
 }
 
 TEST(FreedTwice, NullIsFreed) {
@@ -365,6 +394,121 @@ TEST(PartOfItself, IsCombinedWithABitString) {
     EXPECT_EQ(bits.cardinality(), 0);
 }
 
+TEST(PartOfItself, IsPutIntoAStampRequest) {
+    CMSRequest request = authenticode_request();
+    const CBlob before = request.encode();
+    request.put_contentInfo(request.get_contentInfo());
+    request.put_attributes(request.get_attributes());
+    request.put_timeStampAlgorithm(request.get_timeStampAlgorithm());
+    EXPECT_EQ(request.encode(), before);
+    request.put_timeStampAlgorithm(request.get_timeStampAlgorithm() + 2);
+    EXPECT_STREQ(request.get_timeStampAlgorithm(), "3.6.1.4.1.311.3.2.1");
+}
+
+TEST(PartOfItself, IsPutIntoAStamp) {
+    CMSStamp stamp = signed_stamp();
+    stamp.put_content(stamp.get_content());
+    stamp.put_signingTime(stamp.get_signingTime());
+    stamp.put_certificates(stamp.get_certificates());
+    EXPECT_TRUE(stamp.verify(stamp.get_certificates()->front()));
+    EXPECT_EQ(stamp.get_content(), small_stamp().get_content());
+}
+
+TEST(PartOfItself, IsPutIntoIdentifiersOfCertificates) {
+    CGeneralNames names{authority_name()};
+    CIssuerSerial issuer(names, number("05"));
+    issuer.put_issuer(issuer.get_issuer());
+    issuer.put_serialNumber(issuer.get_serialNumber());
+    CESSCertIDv2 identifier(blob("aa bb"), CAlgorithmIdentifier("1.2.3"));
+    identifier.put_issuerSerial(&issuer);
+    identifier.put_issuerSerial(identifier.get_issuerSerial());
+    identifier.put_certHash(identifier.get_certHash());
+    identifier.put_hashAlgorithm(identifier.get_hashAlgorithm());
+    EXPECT_EQ(*identifier.get_issuerSerial(), issuer);
+    EXPECT_EQ(identifier.get_certHash(), blob("aa bb"));
+    COtherCertID other(blob("aa bb"), CAlgorithmIdentifier("1.2.3"));
+    other.put_otherCertHash(other.get_otherCertHash());
+    COtherHash hash = other.get_otherCertHash();
+    hash.put_otherHash(*hash.get_otherHash());
+    hash.put_sha1Hash(hash.get_otherHash()->get_hashValue());
+    hash.put_sha1Hash(*hash.get_sha1Hash());
+    EXPECT_EQ(*hash.get_sha1Hash(), blob("aa bb"));
+    CAttrSigningCertificateV2 attribute(CESSCertIDv2List{identifier});
+    const CPolicyInformationList policies{CPolicyInformation("1.2.3")};
+    attribute.put_policies(&policies);
+    attribute.put_policies(attribute.get_policies());
+    attribute.put_certs(attribute.get_certs());
+    EXPECT_EQ(attribute.get_certs().front(), identifier);
+    EXPECT_EQ(attribute.get_policies()->size(), 1u);
+}
+
+TEST(PartOfItself, IsPutIntoDistributionPoints) {
+    const CGeneralNames names{authority_name()};
+    CDistributionPointName name(names);
+    name.put_fullName(*name.get_fullName());
+    EXPECT_EQ(*name.get_fullName(), names);
+    CDistributionPoint point;
+    point.put_distributionPoint(&name);
+    point.put_cRLIssuer(&names);
+    const CReasonFlags reasons(6);
+    point.put_reasons(&reasons);
+    point.put_distributionPoint(point.get_distributionPoint());
+    point.put_cRLIssuer(point.get_distributionPoint()->get_fullName());
+    point.put_cRLIssuer(point.get_cRLIssuer());
+    point.put_reasons(point.get_reasons());
+    EXPECT_EQ(*point.get_cRLIssuer(), names);
+    EXPECT_EQ(*point.get_reasons(), reasons);
+}
+
+TEST(PartOfItself, IsPutIntoARevocationAnnouncement) {
+    CRevAnnContent announcement;
+    const CExtensions details = some_extensions();
+    announcement.put_crlDetails(&details);
+    announcement.put_crlDetails(announcement.get_crlDetails());
+    announcement.put_certId(announcement.get_certId());
+    announcement.put_badSinceDate(announcement.get_willBeRevokedAt());
+    EXPECT_EQ(announcement.get_crlDetails()->size(), 1u);
+}
+
+TEST(PartOfItself, IsRemovedFromAListByItsOwnName) {
+    CInfoTypeAndValueList infos{CInfoTypeAndValue("1.2.3"), CInfoTypeAndValue("1.2.4", blob("05 00"))};
+    infos.insert(infos.back());
+    infos.remove(infos.front().get_infoType());
+    ASSERT_EQ(infos.size(), 1u);
+    infos.remove(infos.front().get_infoType());
+    EXPECT_TRUE(infos.empty());
+    const CLanguageTag german("de");
+    CPKIFreeText texts;
+    texts.push_back(CPKIFreeTextString(L"", german));
+    texts.push_back(CPKIFreeTextString(L"", german));
+    texts.remove(texts.front().get_language());
+    EXPECT_TRUE(texts.empty());
+}
+
+TEST(PartOfItself, IsTheValueThatIsRead) {
+    CGeneralName name;
+    name.put_directoryName(blob("82 0b 74 73 61 2e 65 78 61 6d 70 6c 65"));
+    name.decode(*name.get_directoryName());
+    EXPECT_STREQ(name.get_dNSName(), L"tsa.example");
+    CContentInfo content("1.2.3", blob("30 09 06 02 2a 03 a0 03 04 01 aa"));
+    content.decode(content.get_content());
+    EXPECT_EQ(content.get_content(), blob("04 01 aa"));
+    CExtensions extensions;
+    extensions.insert(CExtension(CExtValue("1.2.5", some_extensions().encode())));
+    extensions.decode(extensions.front().get_extnValue());
+    EXPECT_EQ(extensions.encode(), some_extensions().encode());
+    CAttributes attributes{CAttribute("1.2.9")};
+    attributes.front().add(other_attributes().encode());
+    attributes.decode(attributes.front().begin()->get_value());
+    EXPECT_EQ(attributes.size(), 2u);
+    CBigInteger integer = number("02 01 07");
+    integer.decode(integer);
+    EXPECT_EQ(integer, number("07"));
+    CCertificateValue octets(certificate("tsa_p256"));
+    octets.decode(octets);
+    EXPECT_EQ(octets.encode(), certificate("tsa_p256"));
+}
+
 TEST(BlobAppendedToItself, KeepsItsOctetsInFront) {
     CBlob octets = blob("01 02 03");
     octets += octets;
@@ -389,6 +533,14 @@ TEST(BlobDecodedIntoItsOwner, IsReadBeforeItGoes) {
     response.put_timeStampToken(&carrier);
     response.decode(response.get_timeStampToken()->get_hashedMessage());
     EXPECT_TRUE(response.get_timeStampToken()->verify(certificate("tsa_p256")));
+    CMSRequest stamp_request("1.2.3", CContentInfo("1.2.4", authenticode_request().encode()));
+    stamp_request.decode(stamp_request.get_contentInfo().get_content());
+    EXPECT_EQ(stamp_request.encode(), authenticode_request().encode());
+    const CBlob message = signed_stamp().encode();
+    CMSStamp stamp(message, CDateTime(0L, 0));
+    stamp.decode(stamp.get_content());
+    EXPECT_EQ(stamp.get_content(), small_stamp().get_content());
+    EXPECT_TRUE(stamp.verify(stamp.get_certificates()->front()));
 }
 
 TEST(AssignmentToItself, ChangesNothing) {

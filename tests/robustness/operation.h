@@ -86,7 +86,7 @@ template <class Step>
 auto Trial::run(Step&& step) {
     // Counts the step's allocations down, also when it ends by an exception.
     struct Count {
-        explicit Count(Trial& trial) : trial(trial), before(allocation_count()), refusal(trial.left_) {}
+        explicit Count(Trial& counted) : trial(counted), before(allocation_count()), refusal(counted.left_) {}
         ~Count() {
             const std::size_t taken = allocation_count() - before;
             trial.allocations_ += taken;

@@ -56,6 +56,8 @@ TEST_P(OperationThatTakesNone, TakesNone) {
 
 QUILLMARK_OPERATIONS(OperationWithoutMemory, Values, value_operations);
 QUILLMARK_OPERATIONS(OperationWithoutMemory, TimeStamps, time_stamp_operations);
+QUILLMARK_OPERATIONS(OperationWithoutMemory, Authenticode, authenticode_operations);
+QUILLMARK_OPERATIONS(OperationWithoutMemory, Objects, object_operations);
 QUILLMARK_OPERATIONS(OperationWithoutMemory, Heap, heap_operations);
 QUILLMARK_OPERATIONS(OperationWithoutMemory, Encoders, encode_operations);
 QUILLMARK_OPERATIONS(OperationWithoutMemory, Decoders, decode_operations);
@@ -65,6 +67,7 @@ QUILLMARK_OPERATIONS(OperationWithoutMemory, Service, service_operations);
 
 QUILLMARK_OPERATIONS(OperationThatTakesNone, Values, value_operations_without_memory);
 QUILLMARK_OPERATIONS(OperationThatTakesNone, TimeStamps, time_stamp_operations_without_memory);
+QUILLMARK_OPERATIONS(OperationThatTakesNone, Authenticode, authenticode_operations_without_memory);
 QUILLMARK_OPERATIONS(OperationThatTakesNone, RunTime, runtime_operations_without_memory);
 QUILLMARK_OPERATIONS(OperationThatTakesNone, Classes, class_operations_without_memory);
 QUILLMARK_OPERATIONS(OperationThatTakesNone, Service, service_operations_without_memory);

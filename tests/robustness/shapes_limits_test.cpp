@@ -12,6 +12,7 @@
 #include "asn1data/control_classes.h"
 #include "asn1data/records.h"
 #include "platform/cryptoapi.h"
+#include "runtime/ber_decode.h"
 #include "tests/robustness/shapes_element.h"
 #include "tests/robustness/shapes_messages.h"
 #include "tests/robustness/shapes_ways.h"
@@ -32,6 +33,21 @@ constexpr Outcome kInternal = CRYPT_E_ASN1_INTERNAL;
 
 Outcome read_octets(const CBlob& input) {
     return outcome_of([&] { (void)fromOctetString(input); });
+}
+
+Outcome read_bits(const CBlob& input) {
+    ASN1BERDecodeBuffer buffer(input.pbData(), static_cast<int>(input.cbData()));
+    buffer.init();
+    const uint8_t* data;
+    uint32_t numbits;
+    return xd_bitstr(buffer.getCtxtPtr(), &data, &numbits, ASN1EXPL, 0);
+}
+
+Outcome read_text(const CBlob& input) {
+    ASN1BERDecodeBuffer buffer(input.pbData(), static_cast<int>(input.cbData()));
+    buffer.init();
+    char* text;
+    return xd_charstr(buffer.getCtxtPtr(), &text, ASN1EXPL, 12, 0);
 }
 
 template <class Control, class Record>
@@ -100,6 +116,10 @@ constexpr auto decode_content_info = decode_record<asn1data::ASN1C_ContentInfo, 
 const Nest kNests[] = {
     {"OctetString", read_octets, [](std::size_t n) { return nested(0x24, n, element(0x04, "aa")); }, 64,
      kInternal},
+    {"BitString", read_bits, [](std::size_t n) { return nested(0x23, n, element(0x03, "00 aa")); }, 64,
+     RT_E_NOTSUPP},
+    {"Text", read_text, [](std::size_t n) { return wrap(0x2c, nested(0x24, n - 1, element(0x04, "aa"))); },
+     64, RT_E_NOTSUPP},
     {"MessageInMessage", decode_pki_message, nested_messages, 64, RT_E_NOTSUPP},
     {"SignedDataInSignedData", decode_content_info, messages_in_messages, 63, RT_E_NOTSUPP},
     {"StampInNameInToken", decode_value<CToken>, [](std::size_t n) { return tokens_in_names(n); }, 21,

@@ -11,6 +11,7 @@
 #include <random>
 
 #include "asn1/name.h"
+#include "asn1/pki_status.h"
 #include "asn1data/information_objects.h"
 #include "tests/platform/service.h"
 #include "tests/robustness/operations.h"
@@ -30,9 +31,10 @@ namespace {
 Operations all_operations() {
     Operations all;
     for (const auto& table :
-         {value_operations, time_stamp_operations, heap_operations, encode_operations, decode_operations,
-          list_operations, class_operations, service_operations, value_operations_without_memory,
-          time_stamp_operations_without_memory, runtime_operations_without_memory,
+         {value_operations, time_stamp_operations, authenticode_operations, object_operations,
+          heap_operations, encode_operations, decode_operations, list_operations, class_operations,
+          service_operations, value_operations_without_memory, time_stamp_operations_without_memory,
+          authenticode_operations_without_memory, runtime_operations_without_memory,
           class_operations_without_memory, service_operations_without_memory}) {
         for (Operation& operation : table()) {
             all.push_back(std::move(operation));
@@ -133,6 +135,42 @@ TEST(FirstUse, OfNamesIn16Threads) {
         ASN1::CName read;
         read.decode(name.encode());
         EXPECT_EQ(read.toString(), name.toString());
+    });
+}
+
+TEST(FirstUse, OfTheAttributeRegisterIn16Threads) {
+    std::array<const void*, 16> seen{};
+    run_at_once(16, [&](int thread) {
+        const auto row = ASN1::CATAVRegister::find(L"CN");
+        EXPECT_STREQ(row->get_oid(), "2.5.4.3");
+        EXPECT_TRUE(ASN1::CATAVRegister::find("2.5.4.3") == row);
+        seen[static_cast<std::size_t>(thread)] = &*row;
+    });
+    for (const void* row : seen) {
+        EXPECT_EQ(row, seen[0]);
+    }
+}
+
+TEST(FirstUse, OfAnEmptyFreeTextIn16Threads) {
+    std::array<const ASN1::CPKIFreeTextString*, 16> seen{};
+    run_at_once(16, [&](int thread) {
+        const ASN1::CPKIFreeText empty;
+        const ASN1::CPKIFreeTextString& text = empty;
+        EXPECT_STREQ(text.get_value(), L"");
+        seen[static_cast<std::size_t>(thread)] = &text;
+    });
+    for (const ASN1::CPKIFreeTextString* text : seen) {
+        EXPECT_EQ(text, seen[0]);
+    }
+}
+
+TEST(FirstUse, OfAStampIn16Threads) {
+    run_at_once(16, [&](int) {
+        const PKI::TSP::CMSStamp stamp = signed_stamp();
+        PKI::TSP::CMSStamp read;
+        read.decode(stamp.encode());
+        EXPECT_TRUE(read.verify(test::certificate("tsa_p256")));
+        EXPECT_EQ(read.get_content(), stamp.get_content());
     });
 }
 

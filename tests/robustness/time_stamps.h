@@ -1,9 +1,11 @@
 #pragma once
 
-// Requests, tokens and responses with every field in use, for the tests of this folder.
+// Requests, tokens, responses and stamps with every field in use, for the tests of this folder.
 
 #include "tests/support/blob.h"
 #include "tests/support/test_keys.h"
+#include "tsp/cms_request.h"
+#include "tsp/cms_stamp.h"
 #include "tsp/request.h"
 #include "tsp/response.h"
 #include "tsp/token.h"
@@ -113,6 +115,31 @@ inline PKI::TSP::CResponse full_response() {
     const PKI::TSP::CToken token = signed_token();
     response.put_timeStampToken(&token);
     return response;
+}
+
+/// A request of the Authenticode exchange.
+inline PKI::TSP::CMSRequest authenticode_request() {
+    PKI::TSP::CMSRequest request("1.3.6.1.4.1.311.3.2.1",
+                                 ASN1::CContentInfo("1.2.840.113549.1.7.1", blob("04 02 aa bb")));
+    const ASN1::CAttributes attributes = some_attributes();
+    request.put_attributes(&attributes);
+    return request;
+}
+
+/// A stamp of that exchange, not signed.
+inline PKI::TSP::CMSStamp small_stamp() {
+    PKI::TSP::CMSStamp stamp(blob("04 02 aa bb"), CDateTime(2024u, 1u, 2u, 3u, 4u, 5u, 0u, 0u));
+    const CBlobList certificates = certificate_list();
+    stamp.put_certificates(&certificates);
+    return stamp;
+}
+
+inline PKI::TSP::CMSStamp signed_stamp() {
+    PKI::TSP::CMSStamp stamp = small_stamp();
+    const TestKey key("tsa_p256");
+    stamp.sign(key.provider(), AT_SIGNATURE, certificate("tsa_p256"),
+               ASN1::CAlgorithmIdentifierEx(kSha256Text));
+    return stamp;
 }
 
 }  // namespace Quillmark::test

@@ -168,6 +168,8 @@ TEST(RtBigIntRoom, ReportsExhaustedMemory) {
     rtBigIntInit(&number);
     heap.fail_after(0);
     EXPECT_EQ(RT_E_NOMEM, rtBigIntSetStr(context, &number, "1", 10));
+    heap.fail_after(0);
+    EXPECT_EQ(RT_E_NOMEM, rtBigIntSetStr(context, &number, "0x1", 0));
     EXPECT_EQ(0, number.sign);
     EXPECT_EQ(0, number.numocts);
     rtBigIntFree(context, &number);
@@ -293,6 +295,7 @@ TEST(RtBigIntToStringRadix, RefusesOtherBases) {
     Number number("1");
     char text[16];
     EXPECT_EQ(RT_E_INVPARAM, rtBigIntToString(number.context(), number, 7, text, sizeof text));
+    EXPECT_EQ(RT_E_INVPARAM, rtBigIntDigitsNum(number, 7));
 }
 
 struct OrderCase {
@@ -327,6 +330,16 @@ const OrderCase kOrderCases[] = {
     {.name = "NegativeBySize", .a = "-256", .b = "-255", .order = -1},
 };
 INSTANTIATE_TEST_SUITE_P(BigInteger, RtBigIntStrCompare, testing::ValuesIn(kOrderCases), case_name);
+
+// What is no number has no value to compare.
+TEST(RtBigIntStrCompareText, GoesByTheTextsWhereOneIsNoNumber) {
+    CodecContext context;
+    EXPECT_EQ(0, rtBigIntStrCompare(context, "x", "x"));
+    EXPECT_EQ(-1, sign_of(rtBigIntStrCompare(context, "12", "x")));
+    EXPECT_EQ(1, sign_of(rtBigIntStrCompare(context, "x", "12")));
+    EXPECT_EQ(-1, sign_of(rtBigIntStrCompare(context, nullptr, "x")));
+    EXPECT_EQ(1, sign_of(rtBigIntStrCompare(context, "x", nullptr)));
+}
 
 TEST(RtBigIntStrCompareLimit, TakesNumbersLongerThanItsOwnRoom) {
     CodecHeap heap;

@@ -1,4 +1,7 @@
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+
+#include <algorithm>
 
 #include "runtime/ber_decode.h"
 #include "runtime/der_encode.h"
@@ -33,6 +36,15 @@ TEST(XeBitstr, WritesNothingForBitsThatAreNotThere) {
     CodecContext ctxt;
     EXPECT_EQ(xe_bitstr(ctxt.encode(), nullptr, 8, ASN1EXPL), 0);
     EXPECT_EQ(ctxt.written(), "");
+}
+
+TEST(XeBitstr, CountsTheOctetsOfTheLongestString) {
+    CodecContext ctxt;
+    uint8_t room[16];
+    const uint8_t bits[] = {0xAA};
+    ASSERT_EQ(xe_setp(ctxt, room, sizeof room), RT_OK);
+    EXPECT_EQ(xe_bitstr(ctxt, bits, UINT32_MAX, ASN1EXPL), RT_E_BUFOVFL);
+    EXPECT_EQ(xe_bitstr(ctxt, bits, UINT32_MAX - 7, ASN1EXPL), RT_E_BUFOVFL);
 }
 
 TEST(XeBitstr, ReportsAFullBuffer) {
@@ -144,6 +156,51 @@ TEST(XdBitstrFastCopy, PointsBehindTheUnusedOctet) {
     EXPECT_EQ(data, ctxt->buffer.data + 3);
 }
 
+/// Octets that are all 0 and take no memory until they are written.
+class ZeroOctets {
+  public:
+    explicit ZeroOctets(size_t size)
+        : size_(size),
+          data_(mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1,
+                     0)) {}
+    ~ZeroOctets() { munmap(data_, size_); }
+    ZeroOctets(const ZeroOctets&) = delete;
+    ZeroOctets& operator=(const ZeroOctets&) = delete;
+
+    uint8_t* data() const { return data_ == MAP_FAILED ? nullptr : static_cast<uint8_t*>(data_); }
+
+  private:
+    size_t size_;
+    void* data_;
+};
+
+// Bits are counted in 32 bits, which is what 2^29 - 1 octets have.
+TEST(XdBitstrFastCopy, TakesNoMoreOctetsThanThereAreBitsToCount) {
+    constexpr uint32_t kMostOctets = 0x1FFFFFFF;
+    const ZeroOctets message(size_t{kMostOctets} + 16);
+    ASSERT_NE(message.data(), nullptr);
+    for (const uint32_t octets : {kMostOctets, kMostOctets + 1}) {
+        SCOPED_TRACE(octets);
+        const uint32_t length = octets + 1;  // with the one that counts unused bits
+        const uint8_t header[] = {0x03,
+                                  0x84,
+                                  static_cast<uint8_t>(length >> 24),
+                                  static_cast<uint8_t>(length >> 16),
+                                  static_cast<uint8_t>(length >> 8),
+                                  static_cast<uint8_t>(length)};
+        std::copy_n(header, sizeof header, message.data());
+        CodecContext ctxt;
+        rtInitContextBuffer(ctxt, message.data(), static_cast<uint32_t>(sizeof header + length));
+        rtCtxtSetFlag(ctxt, RT_F_FASTCOPY);
+        const uint8_t* data = nullptr;
+        uint32_t numbits = 0;
+        const bool fits = octets == kMostOctets;
+        EXPECT_EQ(xd_bitstr(ctxt, &data, &numbits, ASN1EXPL, 0), fits ? RT_OK : RT_E_INVLEN);
+        EXPECT_EQ(numbits, fits ? 0xFFFFFFF8u : 0u);
+        EXPECT_EQ(data, fits ? message.data() + sizeof header + 1 : nullptr);
+    }
+}
+
 struct ArrayCase {
     const char* name;
     const char* ber;
@@ -192,6 +249,14 @@ TEST_P(XdBitstrS, FillsACallersArray) {
 }
 
 INSTANTIATE_TEST_SUITE_P(X690, XdBitstrS, testing::ValuesIn(kArrays), case_name);
+
+TEST(XdBitstrSRoom, MayBeAllThatCanBeCounted) {
+    CodecContext ctxt;
+    uint8_t bits[2] = {};
+    uint32_t numbits = UINT32_MAX;
+    EXPECT_EQ(xd_bitstr_s(ctxt.read("03 03 04 aa b0"), bits, &numbits, ASN1EXPL, 0), RT_OK);
+    EXPECT_EQ(numbits, 12u);
+}
 
 TEST(XdBitstrSImplicit, RefusesANegativeLengthOfAPrimitive) {
     CodecContext ctxt;

@@ -272,6 +272,7 @@ const ShiftCase kShiftCases[] = {
     {.name = "OneOctet", .distance = 8, .left = "80 02", .right = "00 41 80 02"},
     {.name = "OctetAndBits", .distance = 11, .left = "00 10", .right = "00 08 30 00 40"},
     {.name = "AllBitsOut", .distance = 23, .left = "", .right = "00 00 00 83 00 04"},
+    {.name = "AllOctetsOut", .distance = 24, .left = "", .right = "00 00 00 41 80 02"},
 };
 INSTANTIATE_TEST_SUITE_P(BitString, ASN1CBitStrShift, testing::ValuesIn(kShiftCases), case_name);
 
@@ -312,6 +313,53 @@ TEST_F(ASN1CBitStrTest, FreesItsStorage) {
     EXPECT_EQ(before, heap_.live_blocks());
 }
 
+TEST_F(ASN1CBitStrTest, WorksInTheContextOfABuffer) {
+    ASN1BEREncodeBuffer buffer;
+    ASN1CBitStr own(buffer, 20);
+    EXPECT_EQ(buffer.getCtxtPtr(), own.getCtxtPtr());
+    EXPECT_EQ(RT_OK, own.set(19));
+    EXPECT_EQ("00 00 10", octets(own));
+
+    uint8_t array[] = {0xA0, 0xFF};
+    uint32_t count = 4;
+    ASN1CBitStr over_array(buffer, array, count, 16);
+    EXPECT_EQ(RT_OK, over_array.set(9));
+    EXPECT_EQ("a0 40", to_hex(array, 2));
+    EXPECT_EQ(10u, count);
+
+    ASN1TDynBitStr record = {10, array};
+    const ASN1CBitStr over_record(buffer, record);
+    EXPECT_TRUE(over_record.get(9));
+}
+
+TEST_F(ASN1CBitStrTest, FindsNoBitsInARecordWithoutOctets) {
+    ASN1TDynBitStr record = {10, nullptr};
+    ASN1CBitStr bits(*context_, record);
+    EXPECT_EQ(0u, record.numbits);
+    EXPECT_FALSE(bits.get(9));
+    EXPECT_EQ(RT_OK, bits.set(3));
+    EXPECT_EQ(4u, record.numbits);
+}
+
+// What changes a record that it does not own is made on its own storage.
+TEST_F(ASN1CBitStrTest, LeavesARecordAsItWasWithoutMemory) {
+    const uint8_t array[] = {0xA0, 0x40};
+    ASN1TDynBitStr record = {10, array};
+    ASN1CBitStr bits(*context_, record);
+    const auto without_memory = [&](auto&& change) {
+        heap_.fail_after(0);
+        return change();
+    };
+    EXPECT_EQ(RT_E_NOMEM, without_memory([&] { return bits.clear(0, 5); }));
+    EXPECT_EQ(RT_E_NOMEM, without_memory([&] { return bits.invert(0, 5); }));
+    EXPECT_EQ(RT_E_NOMEM, without_memory([&] { return bits.shiftLeft(1); }));
+    EXPECT_EQ(RT_E_NOMEM, without_memory([&] { return bits.shiftRight(1); }));
+    EXPECT_EQ(RT_E_NOMEM, without_memory([&] { return bits.doAnd(array, 4); }));
+    EXPECT_EQ(nullptr, without_memory([&] { return static_cast<ASN1TDynBitStr*>(bits); }));
+    EXPECT_EQ(10u, record.numbits);
+    EXPECT_EQ(array, record.data);
+}
+
 // Over the array of a record.
 class ASN1CBitStrOverArray : public BitString {
   protected:
@@ -342,6 +390,14 @@ TEST_F(ASN1CBitStrOverArray, RefusesAnIndexAboveTheLimit) {
     forget_error();
     EXPECT_EQ(RT_E_OUTOFBND, bits.clear(17));
     EXPECT_EQ(RT_E_OUTOFBND, recorded());
+    forget_error();
+    EXPECT_EQ(RT_E_OUTOFBND, bits.invert(17));
+    EXPECT_EQ(RT_E_OUTOFBND, bits.shiftRight(8));
+    EXPECT_EQ(RT_E_OUTOFBND, bits.shiftRight(0xFFFFFFFF));
+    const uint8_t longer[] = {0, 0, 0x20};  // bit 18
+    EXPECT_EQ(RT_E_OUTOFBND, bits.doOr(longer, 24));
+    EXPECT_EQ(RT_E_OUTOFBND, recorded());
+    EXPECT_EQ("ff c0 ee ee", to_hex(array_, 4));
     EXPECT_EQ(10u, count_);
 }
 

@@ -87,6 +87,11 @@ TEST(RtUtf8Len, StopsAtTheTerminatorInsideACharacter) {
     EXPECT_EQ(1, rtUTF8Len(text.data()));
 }
 
+TEST(RtUtf8Len, FindsNoCharactersInNull) {
+    EXPECT_EQ(0, rtUTF8Len(nullptr));
+    EXPECT_EQ(0u, rtUTF8LenBytes(nullptr));
+}
+
 TEST(RtUtf8LenBytes, CountsOctets) {
     EXPECT_EQ(3u, rtUTF8LenBytes("\xe2\x82\xac"));
     EXPECT_EQ(0u, rtUTF8LenBytes(""));
@@ -137,6 +142,19 @@ const SizeCase kSizeCases[] = {
     {.name = "Largest6", .value = 0x7FFFFFFF, .octets = "fd bf bf bf bf bf"},
 };
 INSTANTIATE_TEST_SUITE_P(Character, Utf8Character, testing::ValuesIn(kSizeCases), case_name);
+
+TEST(RtUtf8EncodeChar, RefusesValuesAbove31Bits) {
+    char out[6];
+    EXPECT_EQ(RT_E_INVUTF8, rtUTF8EncodeChar(0x80000000, out, sizeof out));
+    EXPECT_EQ(-1, rtUTF8EncodeChar(0x80000000, out, 5));
+}
+
+TEST(RtUtf8DecodeChar, ReadsNothingWithoutRoom) {
+    CodecContext context;
+    size_t size = 0;
+    EXPECT_EQ(RT_E_INVUTF8, rtUTF8DecodeChar(context, "a", &size));
+    EXPECT_EQ(0u, size);
+}
 
 TEST(RtUtf8DecodeChar, ReadsNoFurtherThanItsRoom) {
     CodecContext context;
@@ -221,6 +239,15 @@ TEST(RtCToUcsString, WidensEveryOctet) {
     ASN1_32BITCHARSTRING ucs;
     ASSERT_NE(nullptr, rtCToUCSString(context, "a\xff", &ucs, nullptr));
     EXPECT_EQ(Characters({'a', 0xFF}), characters_of(ucs));
+}
+
+TEST(RtCToUcsString, GivesNullWithoutMemory) {
+    CodecHeap heap;
+    CodecContext context;
+    heap.fail_after(0);
+    ASN1_32BITCHARSTRING ucs = {.nchars = 7, .data = nullptr};
+    EXPECT_EQ(nullptr, rtCToUCSString(context, "abc", &ucs, nullptr));
+    EXPECT_EQ(0u, ucs.nchars);
 }
 
 TEST(RtCToUcsString, DropsWhatTheRangeExcludes) {

@@ -43,6 +43,7 @@ TEST(Context, ReportsAHeapThatCannotBeMade) {
     EXPECT_EQ(rtInitContext(&ctxt, nullptr), RT_E_NOMEM);
     rtFreeContext(&ctxt);
     EXPECT_EQ(heap.live_blocks(), 0u);
+    EXPECT_EQ(rtInitContext(nullptr, nullptr), RT_E_INVPARAM);
 }
 
 TEST(Context, FreeDoesNothingWithoutItsMagic) {

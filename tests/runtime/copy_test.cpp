@@ -34,6 +34,7 @@ TEST(Copy, FixedBitString) {
     EXPECT_EQ(to_hex(copy, 4), "01 02 00 00");
     EXPECT_EQ(rtCopyBitStr(ctxt, 0, kOctets, &count, copy), 0);
     EXPECT_EQ(rtCopyBitStr(ctxt, 9, nullptr, &count, copy), 0);
+    EXPECT_EQ(rtCopyBitStr(ctxt, 9, kOctets, nullptr, copy), 0);
 }
 
 TEST(Copy, DynamicOctetString) {

@@ -364,6 +364,21 @@ TEST(XdSetpUnchecked, DoesNotRaiseTheSize) {
     EXPECT_EQ(ctxt.position(), 0u);
 }
 
+// Header and length together pass 2^31 and 2^32.
+TEST(XdSetpUnchecked, KeepsTheSizeForLengthsThatFitNoCount) {
+    for (const char* const length : {"7f ff ff f9", "7f ff ff fa", "7f ff ff ff", "80 00 00 00",
+                                     "ff ff ff f9", "ff ff ff fa", "ff ff ff ff"}) {
+        SCOPED_TRACE(length);
+        CodecContext ctxt;
+        rtCtxtSetFlag(ctxt, RT_F_NOLENCHECK);
+        const std::vector<uint8_t> message = from_hex(std::string("30 84 ") + length + " 02 01 05");
+        int total = 0;
+        EXPECT_EQ(xd_setp(ctxt, message.data(), static_cast<int>(message.size()), nullptr, &total), RT_OK);
+        EXPECT_EQ(total, INT32_MAX);
+        EXPECT_EQ(ctxt->buffer.size, message.size());
+    }
+}
+
 TEST(XdSetpContext, MustBeAlive) {
     ASN1CTXT ctxt{};
     const uint8_t message[] = {0x30, 0x00};

@@ -157,6 +157,7 @@ constexpr IndefiniteCase kIndefinite[] = {
     {.name = "WithoutEnd", .ber = "30 80 02 01 05", .result = RT_E_ENDOFBUF},
     {.name = "HalfAnEnd", .ber = "30 80 02 01 05 00", .result = RT_E_ENDOFBUF},
     {.name = "InnerElementBeyondTheBuffer", .ber = "30 80 04 7f 00 00 00", .result = RT_E_ENDOFBUF},
+    {.name = "BadOuterLength", .ber = "30 85 00 00 00 00 00", .result = RT_E_INVLEN},
     {.name = "BadInnerLength", .ber = "30 80 04 85 00 00 00", .result = RT_E_INVLEN},
 };
 
@@ -168,6 +169,10 @@ TEST_P(XdIndeflen, MeasuresAMessage) {
 }
 
 INSTANTIATE_TEST_SUITE_P(X690, XdIndeflen, testing::ValuesIn(kIndefinite), case_name);
+
+TEST(XdIndeflenArguments, MustBeAMessage) {
+    EXPECT_EQ(xd_indeflen_ex(nullptr, 5), RT_E_INVPARAM);
+}
 
 }  // namespace
 }  // namespace Quillmark::test

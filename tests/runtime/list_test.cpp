@@ -145,6 +145,8 @@ TEST_F(RtDList, RemovesWithoutFreeing) {
     rtDListRemove(&list_, list_.tail);
     EXPECT_EQ(Numbers(), contents());
     EXPECT_EQ(live, heap_.live_blocks());
+    rtDListRemove(&list_, nullptr);
+    EXPECT_EQ(Numbers(), contents());
 }
 
 TEST_F(RtDList, FreesNodesAndLeavesData) {
@@ -226,11 +228,22 @@ TEST_F(RtDList, CopiesToTheCallersArray) {
     EXPECT_EQ(0, std::memcmp(target, numbers_, sizeof target));
 }
 
+TEST_F(RtDList, CopiesAnElementThatIsNotThereAsZeros) {
+    fill(1);
+    ASSERT_NE(nullptr, rtDListAppend(context_, &list_, nullptr));
+    int target[2] = {9, 9};
+    void* array = target;
+    EXPECT_EQ(2, rtDListToArray(context_, &list_, &array, nullptr, sizeof(int)));
+    EXPECT_EQ(Numbers({0, 0}), Numbers(target, target + 2));
+}
+
 TEST_F(RtDList, RefusesAnArrayTooLargeForTheHeap) {
     fill(4);
     void* array = nullptr;
     EXPECT_EQ(RT_E_NOMEM, rtDListToArray(context_, &list_, &array, nullptr, SIZE_MAX / 2));
     EXPECT_EQ(RT_E_NOMEM, rtDListToArray(context_, &list_, &array, nullptr, 0x40000000));
+    EXPECT_EQ(RT_E_NOMEM,
+              rtDListToArray(context_, &list_, &array, nullptr, SIZE_MAX / 4 + 5));  // wraps to 16
     EXPECT_EQ(nullptr, array);
 }
 
@@ -242,7 +255,11 @@ TEST_F(RtDList, GivesNullWithoutMemory) {
     EXPECT_EQ(nullptr, rtDListInsert(context_, &list_, 0, &numbers_[1]));
     heap_.fail_after(0);
     EXPECT_EQ(nullptr, rtDListInsertAfter(context_, &list_, list_.head, &numbers_[1]));
+    EXPECT_EQ(nullptr, rtDListAppendNode(context_, &list_, nullptr)) << "a block that could not be made";
     EXPECT_EQ(Numbers({0}), contents());
+    heap_.fail_after(1);
+    EXPECT_EQ(RT_E_NOMEM, rtDListAppendArray(context_, &list_, numbers_ + 1, 2, sizeof(int)));
+    EXPECT_EQ(Numbers({0, 1}), contents());
 }
 
 TEST_F(RtDList, LeavesNoBlockBehindAFailedCopy) {

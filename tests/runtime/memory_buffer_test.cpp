@@ -148,6 +148,8 @@ TEST_F(RtMemBuf, StaysAsItWasWithoutMemory) {
     ASSERT_EQ(RT_OK, append("abc"));
     heap_.fail_after(0);
     EXPECT_EQ(RT_E_NOMEM, append(std::string(20, 'x')));
+    heap_.fail_after(0);
+    EXPECT_EQ(RT_E_NOMEM, rtMemBufSet(&buf_, 'x', 20));
     EXPECT_EQ("abc", contents());
     EXPECT_EQ(16u, buf_.bufferSize);
 }

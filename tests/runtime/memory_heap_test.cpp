@@ -157,6 +157,14 @@ TEST(HeapCell, IsNotFilledByRealloc) {
     EXPECT_EQ(heap, nullptr);
 }
 
+TEST(HeapCell, StaysEmptyWithoutMemory) {
+    CodecHeap hooks;
+    hooks.fail_after(0);
+    rtMemHeap* heap = nullptr;
+    EXPECT_EQ(rtMemHeapAlloc(&heap, 1), nullptr);
+    EXPECT_EQ(heap, nullptr);
+}
+
 TEST(HeapCell, MustNotBeNull) {
     EXPECT_EQ(rtMemHeapCreate(nullptr, nullptr), RT_E_INVPARAM);
     EXPECT_EQ(rtMemHeapAlloc(nullptr, 1), nullptr);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <memory>
 
 #include "runtime/ber_decode.h"
@@ -60,6 +61,29 @@ TEST(EncodeBufferClass, CopiesOneOctetMoreThanTheMessage) {
     ASSERT_EQ(number.Encode(), 3);
     const std::unique_ptr<uint8_t[]> copy(buffer.getMsgCopy());
     EXPECT_EQ(to_hex(copy.get(), 4), "02 01 05 00");  // Intended: the spare last octet, which is 0.
+}
+
+/// Memory of contexts that is not cleared, as memory that was used before is not.
+class UsedMemory {
+  public:
+    UsedMemory() {
+        g_malloc_func = [](void*, size_t size) {
+            void* const block = QM_malloc(size);
+            return block == nullptr ? nullptr : std::memset(block, 0xA5, size);
+        };
+    }
+    ~UsedMemory() { g_malloc_func = rtDefaultMalloc; }
+    UsedMemory(const UsedMemory&) = delete;
+    UsedMemory& operator=(const UsedMemory&) = delete;
+};
+
+TEST(EncodeBufferClass, CopiesNothingOfWhatItsMemoryHeldBefore) {
+    const UsedMemory memory;
+    ASN1BEREncodeBuffer buffer;
+    int32_t value = 5;
+    ASSERT_EQ(Number(buffer, value).Encode(), 3);
+    const std::unique_ptr<uint8_t[]> copy(buffer.getMsgCopy());
+    EXPECT_EQ(to_hex(copy.get(), 4), "02 01 05 00");
 }
 
 TEST(EncodeBufferClass, HasNoCopyWithoutABuffer) {
@@ -132,6 +156,24 @@ TEST(MessageBuffers, KnowTheirKind) {
     EXPECT_TRUE(decode.isA(ASN1MessageBufferIF::BERDecode));
     EXPECT_FALSE(decode.isA(ASN1MessageBufferIF::BEREncode));
     static_assert(ASN1MessageBufferIF::BEREncode == 0 && ASN1MessageBufferIF::BERDecode == 1);
+}
+
+TEST(MessageBuffers, HaveNothingWhereTheyAreNotOfBer) {
+    class Other : public ASN1MessageBufferIF {
+      public:
+        bool isA(Type) override { return false; }
+    } buffer;
+    buffer.init();
+    EXPECT_EQ(buffer.getCtxtPtr(), nullptr);
+    EXPECT_TRUE(buffer.getContext().isNull());
+    EXPECT_EQ(buffer.getMsgPtr(), nullptr);
+    EXPECT_EQ(buffer.getMsgCopy(), nullptr);
+    char text[] = "02";
+    unsigned short wide[] = {0};
+    ASN1MemBuf contents{};
+    EXPECT_EQ(buffer.initBuffer(text), RT_E_NOTSUPP);
+    EXPECT_EQ(buffer.initBuffer(wide), RT_E_NOTSUPP);
+    EXPECT_EQ(buffer.initBuffer(contents), RT_E_NOTSUPP);
 }
 
 TEST(MessageBuffers, HandOutTheirContext) {

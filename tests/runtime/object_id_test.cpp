@@ -243,6 +243,17 @@ TEST(ASN1TObjId64, HoldsArcsAbove32Bits) {
     EXPECT_EQ(0x123456789ABCDEF, assigned.subid[2]);
 }
 
+TEST(ASN1TObjId64, IsAssignedFromTheRecord) {
+    ASN1OID64 record{};
+    record.numids = 2;
+    record.subid[0] = 2;
+    record.subid[1] = 0x123456789ABCDEF;
+    ASN1TObjId64 oid;
+    oid = record;
+    ASSERT_EQ(2u, oid.numids);
+    EXPECT_EQ(0x123456789ABCDEF, oid.subid[1]);
+}
+
 TEST(ASN1TObjId64, TakesNoMoreThan128Arcs) {
     const std::vector<long long> arcs(255, 1);
     EXPECT_EQ(128u, ASN1TObjId64(255, arcs.data()).numids);

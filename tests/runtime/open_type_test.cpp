@@ -133,6 +133,7 @@ TEST(XeOpenTypeArguments, MayBeNothing) {
     EXPECT_EQ(xe_OpenType(ctxt.encode(), &octet, 0), 0);
     EXPECT_EQ(xe_OpenType(ctxt, nullptr, 0), 0);
     EXPECT_EQ(xe_OpenType(ctxt, nullptr, 1), RT_E_BADVALUE);
+    EXPECT_EQ(xe_OpenType(ctxt, &octet, 0x80000000), RT_E_INVLEN) << "more than a message can have";
 }
 
 TEST(XeOpenTypeInPlace, IsNotCopied) {
@@ -225,6 +226,13 @@ constexpr ExtensionCase kExtensions[] = {
      .status = RT_E_ENDOFBUF,
      .elements = "02 01 05",
      .position = 3},
+    {.name = "MalformedElementBeforeTheNext",
+     .ber = "02 01 05 05 81 07 04 00",
+     .length = 8,
+     .tag = 4,
+     .status = RT_E_INVLEN,
+     .elements = "02 01 05",
+     .position = 3},
     {.name = "MalformedElement",
      .ber = "02 01 05 05 81 07",
      .length = 6,
@@ -257,6 +265,15 @@ TEST_P(XdOpenTypeExt, StepsOverThemWithoutAList) {
 }
 
 INSTANTIATE_TEST_SUITE_P(X690, XdOpenTypeExt, testing::ValuesIn(kExtensions), case_name);
+
+TEST(XdOpenTypeExtOverrun, IsNoElementToKeep) {
+    CodecContext ctxt;
+    const ASN1ElementExtent enclosing = {.start = 0, .length = 7};
+    _Asn1RTDList list;
+    rtDListInit(&list);
+    EXPECT_EQ(xd_OpenTypeExt(ctxt.read("02 01 05 05 07 04 00"), &enclosing, 4, &list), RT_E_BADVALUE);
+    EXPECT_EQ(joined(list), "02 01 05");
+}
 
 TEST(XdOpenTypeExtStrayOctet, IsAnEmptyElementThatEndsTheSearch) {
     CodecContext ctxt;

@@ -96,7 +96,7 @@ INSTANTIATE_TEST_SUITE_P(X690, XeUint16, testing::ValuesIn(kSixteenBits), case_n
 
 TEST(XeBoolean, WritesFFForAnyOctetButZero) {
     CodecContext ctxt;
-    for (const uint8_t value : {0x01, 0x80, 0xFF}) {
+    for (const uint8_t value : from_hex("01 80 ff")) {
         EXPECT_EQ(xe_boolean(ctxt.encode(), &value, ASN1EXPL), 3);
         EXPECT_EQ(ctxt.written(), "01 01 ff");
     }

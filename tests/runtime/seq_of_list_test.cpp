@@ -61,6 +61,19 @@ TEST_F(ASN1CSeqOfListTest, AppendsAndInserts) {
     EXPECT_EQ(&numbers_[6], list_.getLast());
 }
 
+TEST_F(ASN1CSeqOfListTest, InsertsBesideANode) {
+    ASN1TPDUSeqOfList record;
+    ASN1CSeqOfList list(*context_, record);
+    ASSERT_EQ(RT_OK, list.append(&numbers_[5]));
+    EXPECT_EQ(RT_OK, list.insertBefore(record.head, &numbers_[4]));
+    EXPECT_EQ(RT_OK, list.insertAfter(record.tail, &numbers_[7]));
+    EXPECT_EQ(RT_OK, list.insertAfter(record.head->next, &numbers_[6]));
+    EXPECT_EQ(Numbers({4, 5, 6, 7}), contents(list));
+    EXPECT_EQ(RT_E_INVPARAM, list.insertBefore(nullptr, &numbers_[0]));
+    EXPECT_EQ(RT_E_INVPARAM, list.insertAfter(nullptr, &numbers_[0]));
+    EXPECT_EQ(4, list.size());
+}
+
 TEST_F(ASN1CSeqOfListTest, FindsByPointer) {
     fill(3);
     EXPECT_EQ(1, list_.indexOf(&numbers_[1]));
@@ -91,6 +104,14 @@ TEST_F(ASN1CSeqOfListTest, AppendsArrays) {
     numbers_[0] = 90;
     numbers_[2] = 92;
     EXPECT_EQ(Numbers({90, 1, 2, 3}), contents());  // the first two stayed in place
+}
+
+TEST_F(ASN1CSeqOfListTest, RefusesArraysOfNegativeSize) {
+    EXPECT_EQ(RT_E_INVPARAM, list_.appendArray(numbers_, -1, sizeof(int)));
+    EXPECT_EQ(RT_E_INVPARAM, list_.appendArray(numbers_, 1, -1));
+    EXPECT_EQ(RT_E_INVPARAM, list_.appendArrayCopy(numbers_, -1, sizeof(int)));
+    EXPECT_EQ(RT_E_INVPARAM, list_.appendArrayCopy(numbers_, 1, -1));
+    EXPECT_TRUE(list_.isEmpty());
 }
 
 TEST_F(ASN1CSeqOfListTest, ClearKeepsTheElementsAndFreeAllFreesThem) {
@@ -150,12 +171,44 @@ TEST_F(ASN1CSeqOfListTest, SharesTheContextOfABuffer) {
     EXPECT_EQ(RT_OK, list.append(&numbers_[0]));
 }
 
+TEST_F(ASN1CSeqOfListTest, WorksOnTheCallersListInTheContextOfABuffer) {
+    ASN1BEREncodeBuffer buffer;
+    ASN1TPDUSeqOfList record;
+    ASN1CSeqOfList first(buffer, record);
+    EXPECT_EQ(buffer.getCtxtPtr(), first.getCtxtPtr());
+    ASSERT_EQ(RT_OK, first.append(&numbers_[4]));
+    EXPECT_EQ(&numbers_[4], record.head->data);
+    _Asn1RTDList& plain_record = record;
+    EXPECT_EQ(Numbers({4}), contents(ASN1CSeqOfList(buffer, plain_record)));
+    EXPECT_TRUE(ASN1CSeqOfList(buffer, plain_record, 1).isEmpty());
+    EXPECT_EQ(0u, record.count);
+}
+
 TEST_F(ASN1CSeqOfListTest, StaysUsableWithoutMemory) {
     heap_.fail_after(0);
     ASN1CSeqOfList list(*context_);
     EXPECT_TRUE(list.isEmpty());
-    EXPECT_NE(RT_OK, list.append(&numbers_[0]));
+    EXPECT_EQ(RT_E_NOMEM, list.append(&numbers_[0]));
+    EXPECT_EQ(RT_E_NOMEM, list.appendArray(numbers_, 1, sizeof(int)));
+    EXPECT_EQ(RT_E_NOMEM, list.appendArrayCopy(numbers_, 1, sizeof(int)));
+    EXPECT_EQ(RT_E_NOMEM, list.insert(0, &numbers_[0]));
+    EXPECT_EQ(RT_E_INVPARAM, list.remove(0));
+    EXPECT_EQ(RT_E_INVPARAM, list.set(0, &numbers_[0]));
+    EXPECT_EQ(-1, list.indexOf(&numbers_[0]));
+    EXPECT_EQ(nullptr, list.get(0));
+    EXPECT_EQ(nullptr, list.toArray(sizeof(int)));
+    list.clear();
+    list.freeAll();
     EXPECT_EQ(nullptr, list.iterator().next());
+    EXPECT_EQ(nullptr, list.iteratorFromLast().prev());
+    EXPECT_EQ(nullptr, list.iteratorFrom(&numbers_[0]).next());
+}
+
+TEST_F(ASN1CSeqOfListTest, GivesNoArrayWithoutMemory) {
+    fill(2);
+    heap_.fail_after(0);
+    EXPECT_EQ(nullptr, list_.toArray(sizeof(int)));
+    EXPECT_EQ(RT_E_NOMEM, context_->errInfo.status);
 }
 
 class ASN1CSeqOfListIteratorTest : public SeqOfList {};
@@ -253,6 +306,30 @@ TEST_F(ASN1CSeqOfListIteratorTest, InsertsAndGoesOn) {
     EXPECT_EQ(RT_OK, position.insert(&numbers_[9]));
     EXPECT_EQ(Numbers({0, 9, 1}), contents());
     EXPECT_EQ(1, number(position.next()));
+}
+
+TEST_F(ASN1CSeqOfListIteratorTest, GoesBackToWhatItInserted) {
+    fill(2);
+    ASN1CSeqOfListIterator position = list_.iterator();
+    position.next();
+    ASSERT_EQ(RT_OK, position.insert(&numbers_[8]));
+    EXPECT_EQ(8, number(position.prev()));
+    position.next();
+    position.next();
+    ASSERT_EQ(RT_OK, position.insert(&numbers_[9]));
+    EXPECT_EQ(Numbers({0, 8, 1, 9}), contents());
+    EXPECT_EQ(9, number(position.prev()));
+}
+
+TEST_F(ASN1CSeqOfListIteratorTest, StaysWhereItIsWithoutMemory) {
+    fill(2);
+    ASN1CSeqOfListIterator position = list_.iterator();
+    position.next();
+    heap_.fail_after(0);
+    EXPECT_EQ(RT_E_NOMEM, position.insert(&numbers_[9]));
+    EXPECT_EQ(RT_E_NOMEM, position.getStat());
+    EXPECT_EQ(1, number(position.next()));
+    EXPECT_EQ(Numbers({0, 1}), contents());
 }
 
 }  // namespace

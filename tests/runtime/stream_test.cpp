@@ -149,10 +149,16 @@ TEST_F(RtStream, PassesOnTheFailureOfAWrite) {
     ASSERT_EQ(RT_OK, rtStreamBufWrite(context_, octets("abc"), 3));
     EXPECT_EQ(-77, rtStreamBufFlush(context_));
     EXPECT_EQ("abc", buffered());
+    EXPECT_EQ(-77, rtCheckBuffer(context_, 8)) << "no room without a flush";
+    EXPECT_EQ(-77, rtStreamBufWrite(context_, octets("defghi"), 6)) << "no room without a write";
+    EXPECT_EQ("abc", buffered());
 }
 
 TEST_F(RtStream, NeedsAStreamOpenForOutput) {
     EXPECT_EQ(RT_E_NOTINIT, rtStreamWrite(context_, octets("a"), 1));
+    EXPECT_EQ(RT_E_NOTINIT, rtStreamFlush(context_));
+    EXPECT_EQ(RT_E_NOTINIT, rtStreamBufFlush(context_));
+    EXPECT_EQ(RT_OK, rtStreamBufWrite(context_, octets(""), 0));
     rtStream* stream = attach(0x0001);
     EXPECT_EQ(RT_E_NOTINIT, rtStreamWrite(context_, octets("a"), 1));
     EXPECT_EQ(RT_E_INVPARAM, rtStreamFlush(context_));

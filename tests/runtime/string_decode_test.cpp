@@ -284,6 +284,17 @@ TEST(Xd16BitCharStr, GivesANullRecordForNoCharacters) {
     EXPECT_EQ(text.data, nullptr);
 }
 
+TEST(XdWideStringsImplicit, GiveNothingForANegativeLength) {
+    CodecContext ctxt;
+    ASN1_16BITCHARSTRING narrow{};
+    EXPECT_EQ(xd_16BitCharStr(ctxt.read("00 41"), &narrow, ASN1IMPL, 30, -1), RT_OK);
+    EXPECT_EQ(narrow.nchars, 0u);
+    ASN1_32BITCHARSTRING wide{};
+    EXPECT_EQ(xd_32BitCharStr(ctxt.read("00 00 00 41"), &wide, ASN1IMPL, 28, -1), RT_OK);
+    EXPECT_EQ(wide.nchars, 0u);
+    EXPECT_EQ(ctxt.position(), 0u);
+}
+
 TEST(Xd32BitCharStr, GivesCharactersInHostOrder) {
     CodecContext ctxt;
     ASN1_32BITCHARSTRING text{};

@@ -270,6 +270,51 @@ TEST(GeneralizedTime, WorksWithoutBufferAndOnAContext) {
     EXPECT_EQ(context->errInfo.status, RT_E_INVFORMAT);
 }
 
+// Each way to make a time: over a constant text or the caller's array, with a buffer, with a context, with
+// neither.
+template <typename Time>
+class TimeConstructors : public testing::Test {};
+using TimeTypes = testing::Types<ASN1CGeneralizedTime, ASN1CUTCTime>;
+TYPED_TEST_SUITE(TimeConstructors, TimeTypes);
+
+template <typename Time>
+void expect_written_over_array(Time&& time, const char* octets, const char* text) {
+    set_date_and_time(time, 2024, 1, 2, 3, 4, 5);
+    const std::string want =
+        std::is_same_v<std::decay_t<Time>, ASN1CUTCTime> ? "240102030405Z" : "20240102030405Z";
+    EXPECT_EQ(octets, want);
+    EXPECT_EQ(text, octets) << "the text left the array";
+}
+
+TYPED_TEST(TimeConstructors, WriteOverTheCallersArray) {
+    char octets[30] = "";
+    char* text = octets;
+    expect_written_over_array(TypeParam(text, sizeof octets, 1), octets, text);
+    octets[0] = '\0';
+    ASN1BEREncodeBuffer buffer;
+    expect_written_over_array(TypeParam(buffer, text, sizeof octets, 1), octets, text);
+    octets[0] = '\0';
+    const ASN1CtxtPtr context = new ASN1Context;
+    expect_written_over_array(TypeParam(*context, text, sizeof octets, 1), octets, text);
+}
+
+template <typename Time>
+void expect_written_beside_text(Time&& time, const char*& text) {
+    set_date_and_time(time, 2024, 1, 2, 3, 4, 5);
+    EXPECT_STREQ(text,
+                 (std::is_same_v<std::decay_t<Time>, ASN1CUTCTime> ? "240102030405Z" : "20240102030405Z"));
+    text = nullptr;
+}
+
+TYPED_TEST(TimeConstructors, WriteBesideAConstantText) {
+    const char* text = nullptr;
+    expect_written_beside_text(TypeParam(text, 1), text);
+    ASN1BEREncodeBuffer buffer;
+    expect_written_beside_text(TypeParam(buffer, text, 1), text);
+    const ASN1CtxtPtr context = new ASN1Context;
+    expect_written_beside_text(TypeParam(*context, text, 1), text);
+}
+
 // The zone of the process for the life of the object.
 class Zone {
   public:
@@ -331,6 +376,11 @@ TEST(TimeClass, GetTimeReportsUnsetFields) {
     Generalized held;
     held.time.clear();
     EXPECT_EQ(held.time.getTime(), RT_E_INVFORMAT);
+}
+
+TEST(TimeClass, GetTimeReportsAMalformedText) {
+    EXPECT_EQ(Generalized("2024").time.getTime(), RT_E_INVFORMAT);
+    EXPECT_EQ(Utc("2401020304").time.getTime(), RT_E_INVFORMAT);
 }
 
 TEST(UTCTime, KnowsTheCenturyByTheRuleOf50) {
@@ -406,6 +456,17 @@ TEST(UTCTime, KeepsItsZForAZeroFlagAndAZeroOffset) {
     EXPECT_EQ(held.time.setDiff(1, 30), RT_OK);
     EXPECT_EQ(held.time.setUTC(0), RT_OK);
     EXPECT_STREQ(held.text, "240102030405+0130");
+}
+
+TEST(UTCTime, DoesNotCompileUntilTheHourIsSet) {
+    Utc held;
+    EXPECT_EQ(held.time.setYear(2024), RT_OK);
+    EXPECT_EQ(held.time.setMonth(1), RT_OK);
+    EXPECT_EQ(held.time.setDay(2), RT_OK);
+    EXPECT_EQ(held.time.getTimeStringLen(), 0);
+    EXPECT_EQ(held.time.setHour(3), RT_OK);
+    EXPECT_STREQ(held.text, "240102030000Z");
+    EXPECT_EQ(held.recorded(), RT_OK);
 }
 
 TEST(UTCTime, HasItsFlagAfterClear) {

@@ -405,7 +405,7 @@ const RefusedSigning kRefusedSigning[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Arguments, StampSignRefusal, testing::ValuesIn(kRefusedSigning),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& row) { return std::string(row.param.name); });
 
 TEST(StampSign, RecoversFromARefusedContent) {
     const TestKey key("tsa_p256");

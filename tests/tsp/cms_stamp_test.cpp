@@ -117,7 +117,7 @@ TEST_P(SignedStamp, DoesNotVerifyWithAnotherCertificate) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Keys, SignedStamp, testing::Values("tsa_rsa2048", "tsa_p256", "tsa_p384", "tsa_pss"),
-                         [](const auto& info) { return std::string(info.param); });
+                         [](const auto& row) { return std::string(row.param); });
 
 TEST(CMSStampSign, SignsWithEd25519AndSha512) {
     CMSStamp stamp = unsigned_stamp();

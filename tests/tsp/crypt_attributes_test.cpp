@@ -79,11 +79,15 @@ TEST(LodestToCryptAttributes, ManyValuesStayWhereTheRecordsPoint) {
 TEST(LodestToCryptAttributes, AnAttributeWithoutValuesHasNoRecords) {
     CAttributes attributes;
     attributes.push_back(attribute("1.2.3", {}));
+    attributes.push_back(attribute("1.2.4", {"05 00"}));
+    attributes.push_back(attribute("1.2.5", {}));
     Stores stores;
     const auto records = convert(attributes, stores);
-    ASSERT_EQ(records.size(), 1u);
-    EXPECT_EQ(records[0].cValue, 0u);
-    EXPECT_EQ(records[0].rgValue, nullptr);
+    ASSERT_EQ(records.size(), 3u);
+    for (const std::size_t i : {0, 2}) {
+        EXPECT_EQ(records[i].cValue, 0u);
+        EXPECT_EQ(records[i].rgValue, nullptr) << "not the end of those of the attribute before";
+    }
 }
 
 TEST(LodestToCryptAttributes, NothingGivesNothing) {

@@ -368,7 +368,7 @@ Octets nested(std::uint8_t tag, int levels) {
 // Elements one in the other, alone and in the place of each element of a message that opens with `tag`.
 TEST_P(HostileInput, SurvivesDeepNesting) {
     constexpr int kLevels = 10'000;
-    for (const std::uint8_t tag : {0x30, 0x31, 0x24, 0x23, 0x2c, 0xa0, 0xa4}) {
+    for (const std::uint8_t tag : Octets{0x30, 0x31, 0x24, 0x23, 0x2c, 0xa0, 0xa4}) {
         Octets indefinite;
         for (int i = 0; i < kLevels; ++i) {
             indefinite.push_back(tag);

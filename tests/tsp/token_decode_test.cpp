@@ -97,6 +97,19 @@ TEST(CTokenDecode, HasNoCertificatesWhereThereAreNone) {
     EXPECT_EQ(decoded(sample_token()).get_certificates(), nullptr);
 }
 
+TEST(CTokenDecode, EndsTextsAtAnEmbeddedZero) {
+    const Octets time = element(0x18, "32 30 32 34 30 31 30 32 30 33 30 34 30 35 5a 00 39 39");
+    const Octets authority = element(0xa0, element(0x82, "74 73 61 00 65 76 69 6c"));
+    TokenParts parts;
+    parts.tst_info =
+        sequence({element(0x02, "01"), element(0x06, "2a 03"),
+                  sequence({test::kSha256, element(0x04, "aa bb")}), element(0x02, "05"), time, authority});
+    const CToken token = decoded(sample_token(parts));
+    EXPECT_STREQ(token.get_genTimeZ(), "20240102030405Z");
+    EXPECT_EQ(token.get_genTime().second(), 5u);
+    EXPECT_STREQ(token.get_tsa()->get_dNSName(), L"tsa");
+}
+
 TEST(CTokenDecode, ReplacesWhatWasThere) {
     TokenParts parts;
     parts.tst_info = test::sample_tst_info(element(0x02, "2a"));
@@ -308,9 +321,9 @@ const FailingCall kFailingCalls[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(EveryCall, CTokenDecodeFailure, testing::ValuesIn(kFailingCalls),
-                         [](const auto& info) {
-                             std::string name = info.param.function +
-                                                std::string(info.param.skip == 0 ? "_first" : "_second");
+                         [](const auto& row) {
+                             std::string name =
+                                 row.param.function + std::string(row.param.skip == 0 ? "_first" : "_second");
                              std::replace(name.begin(), name.end(), ' ', '_');
                              return name;
                          });

@@ -89,7 +89,7 @@ TEST_P(SignedToken, DoesNotVerifyWithAnotherCertificate) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Keys, SignedToken, testing::Values("tsa_rsa2048", "tsa_p256", "tsa_p384", "tsa_pss"),
-                         [](const auto& info) { return std::string(info.param); });
+                         [](const auto& row) { return std::string(row.param); });
 
 TEST(CTokenSign, SignsWithEd25519AndSha512) {
     const TestKey key("tsa_ed25519");

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <utility>
 
 #include <dlfcn.h>
 #include <unistd.h>
@@ -98,6 +99,14 @@ std::size_t fread(void* out, std::size_t size, std::size_t count, std::FILE* fil
     return refused("fread") ? 0 : real<decltype(fread)>("fread")(out, size, count, file);
 }
 
+int fseek(std::FILE* file, long offset, int origin) {
+    return refused("fseek") ? -1 : real<decltype(fseek)>("fseek")(file, offset, origin);
+}
+
+long ftell(std::FILE* file) {
+    return refused("ftell") ? -1 : real<decltype(ftell)>("ftell")(file);
+}
+
 }  // extern "C"
 
 namespace {
@@ -180,15 +189,18 @@ TEST(FailedRead, LeavesSizeZeroAndTheOldStorage) {
     const std::filesystem::path path =
         std::filesystem::temp_directory_path() / ("failed_read." + std::to_string(getpid()));
     std::ofstream(path) << "contents";
-    CBlob blob = two_bytes();
-    const unsigned char* storage = blob.pbData();
-    {
-        const Refuse refuse("fread");
+    // The second seek goes back to the start.
+    for (const auto& [function, skip] :
+         {std::pair{"fread", 0}, std::pair{"fseek", 0}, std::pair{"fseek", 1}, std::pair{"ftell", 0}}) {
+        SCOPED_TRACE(function);
+        CBlob blob = two_bytes();
+        const unsigned char* storage = blob.pbData();
+        const Refuse refuse(function, 0, skip);
         EXPECT_CODE(static_cast<HRESULT>(0x80070570), blob.readFromFile(path.c_str()));
+        EXPECT_EQ(blob.cbData(), 0u);
+        EXPECT_EQ(blob.pbData(), storage);
     }
     std::filesystem::remove(path);
-    EXPECT_EQ(blob.cbData(), 0u);
-    EXPECT_EQ(blob.pbData(), storage);
 }
 
 TEST(FormatterThatWritesNothing, IsAFailureOfTheDisplayForms) {
