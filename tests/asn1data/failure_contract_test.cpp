@@ -91,6 +91,13 @@ TEST(MemoryFailure, OfASortIsThrown) {
                  std::bad_alloc);
 }
 
+TEST(SetOf, WithoutOneOfItsElementsIsNotWritten) {
+    ASN1BEREncodeBuffer buffer;
+    ASN1T_SignedAttributes record;
+    rtDListAppend(buffer.getCtxtPtr(), &record, nullptr);
+    EXPECT_EQ(ASN1C_SignedAttributes(buffer, record).Encode(), RT_E_BADVALUE);
+}
+
 TEST(MemoryFailure, OfARecordForGetCopyIsThrown) {
     CodecHeap heap;
     Decoded<ASN1T_Accuracy, ASN1C_Accuracy> decoded(from_hex("30 03 02 01 05"));

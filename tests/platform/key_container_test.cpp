@@ -36,6 +36,17 @@ TEST_P(LockedKeyFile, WaitsForThePassword) {
     EXPECT_TRUE(signs(provider.handle));
 }
 
+TEST_P(LockedKeyFile, RefusesAPasswordThatIsLongerThanLibcryptoTakes) {
+    const Acquired provider(pki_path(GetParam()));
+    ASSERT_TRUE(provider.result);
+    const std::string password(2000, 'x');
+    EXPECT_FALSE(CryptSetProvParam(provider.handle, PP_SIGNATURE_PIN,
+                                   reinterpret_cast<const BYTE*>(password.c_str()), 0));
+    EXPECT_TRUE(
+        CryptSetProvParam(provider.handle, PP_SIGNATURE_PIN, reinterpret_cast<const BYTE*>("secret"), 0));
+    EXPECT_TRUE(signs(provider.handle));
+}
+
 TEST_P(LockedKeyFile, AsksTheCallbackWhenItIsOpened) {
     Password password{"secret"};
     HCRYPTPROV handle = 0;

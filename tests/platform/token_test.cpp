@@ -268,6 +268,19 @@ TEST_F(TokenDeathTest, ModuleMayComeFromTheEnvironment) {
                 testing::ExitedWithCode(0), "");
 }
 
+// The engine does not tell which of the two is missing, and which module it has is not known here.
+TEST_F(TokenDeathTest, KeyOrTokenThatIsMissingIsToldWithAModuleOfTheEnvironment) {
+    EXPECT_EXIT(exit_with([] {
+                    setenv("PKCS11_MODULE_PATH", text_of("tokens/module").c_str(), 1);
+                    return fails_with(NTE_BAD_KEYSET,
+                                      Acquired("pkcs11:token=missing;object=ec?pin-value=1234").result) &&
+                           fails_with(NTE_NO_KEY,
+                                      Acquired("pkcs11:token=signer;object=missing?pin-value=1234").result) &&
+                           Acquired("pkcs11:token=signer;object=ec?pin-value=1234").result;
+                }),
+                testing::ExitedWithCode(0), "");
+}
+
 TEST_F(TokenDeathTest, ModuleOfTheEnvironmentMayBeMissing) {
     EXPECT_EXIT(exit_with([] {
                     setenv("PKCS11_MODULE_PATH", "/nonexistent.so", 1);

@@ -464,9 +464,11 @@ TEST(UTCTime, DoesNotCompileUntilTheHourIsSet) {
     EXPECT_EQ(held.time.setMonth(1), RT_OK);
     EXPECT_EQ(held.time.setDay(2), RT_OK);
     EXPECT_EQ(held.time.getTimeStringLen(), 0);
+    EXPECT_EQ(held.recorded(), RT_OK);
+    EXPECT_EQ(held.time.compileString(), RT_E_INVFORMAT);
+    EXPECT_EQ(held.recorded(), RT_E_INVFORMAT);
     EXPECT_EQ(held.time.setHour(3), RT_OK);
     EXPECT_STREQ(held.text, "240102030000Z");
-    EXPECT_EQ(held.recorded(), RT_OK);
 }
 
 TEST(UTCTime, HasItsFlagAfterClear) {
