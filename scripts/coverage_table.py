@@ -55,7 +55,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--least", type=float, required=True, help="the bar, in percent")
     parser.add_argument("--generated", required=True, help="the folder of generated code")
-    parser.add_argument("--uncovered", type=pathlib.Path, required=True, help="where to write the lines that did not run")
+    parser.add_argument("--uncovered", type=pathlib.Path, required=True, help="where to write what did not run")
     parser.add_argument("coverage", type=pathlib.Path)
     parser.add_argument("folders", nargs="+")
     arguments = parser.parse_args()
