@@ -1,7 +1,6 @@
 # What turns a defect into an abort instead of a break-in. It is part of what every target is compiled with; under
 # sanitizers, which find the same and more, it is left out. Flags that the compiler does not know are left out too.
 include(CheckCXXCompilerFlag)
-include(CheckCXXSourceCompiles)
 include(CheckPIESupported)
 
 check_pie_supported()
